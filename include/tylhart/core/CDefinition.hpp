@@ -1,0 +1,34 @@
+// CDefinition: the name and object kind that identify every top-level DD object.
+#pragma once
+
+#include "tylhart/core/Dispatch.hpp"
+
+namespace tylhart {
+
+class CDefinition final : public Object {
+    TYLHART_CLASS(CDefinition)
+public:
+    Text Name() const;
+    void SetName(Text newName);
+    enumDDObjectKind Kind() const noexcept { return kind_; }
+    void Initialize(Text newName, enumDDObjectKind newKind);
+
+    Ref<CDefinition> GetCopy() const;
+    void SetFromObject(const Ref<CDefinition>& toCopy);
+    bool Compare(const Ref<CDefinition>& toCompare) const;
+    Variant ToString(std::int16_t infoLevel = 1) const;
+
+    bool initialized() const noexcept { return kind_ >= 0; }
+    // The name without the initialisation check, for renderings and keys
+    // that must not fail.
+    const Text& rawName() const noexcept { return name_; }
+
+private:
+    Text name_ = u"unknown";
+    enumDDObjectKind kind_ = ddoKUndefined;
+};
+
+// A definition already initialised with the given name and kind.
+Ref<CDefinition> makeDefinition(Text name, enumDDObjectKind kind);
+
+}  // namespace tylhart

@@ -1,0 +1,403 @@
+// Late binding: each class describes its members once, in slot order, and
+// that one description serves invoke by identifier, name lookup, argument
+// coercion, the type library listing and the Python module.
+#pragma once
+
+#include <functional>
+#include <initializer_list>
+#include <span>
+#include <string>
+#include <type_traits>
+#include <unordered_map>
+#include <vector>
+
+#include "tylhart/core/Enums.hpp"
+#include "tylhart/core/Error.hpp"
+#include "tylhart/core/Object.hpp"
+#include "tylhart/core/Variant.hpp"
+
+namespace tylhart {
+
+using DispId = std::int32_t;
+inline constexpr DispId DispIdNewEnum = -4;
+inline constexpr DispId DispIdValue = 0;  // the default member
+inline constexpr DispId FirstFieldId = 0x40030000;
+inline constexpr DispId FirstMethodId = 0x60030000;
+inline constexpr DispId FirstPropertyId = 0x68030000;
+
+// Invocation kinds, valued as the Automation DISPATCH_* flags.
+enum class Access : std::uint8_t { Method = 1, Get = 2, Let = 4, Set = 8 };
+
+using Args = std::span<const Variant>;
+using Invoker = std::function<Variant(Object&, Args)>;
+
+// One parameter as a caller sees it. A parameter with a default value is
+// optional; `optional` alone marks one whose absence reaches the member as
+// the Missing marker.
+struct Param {
+    const char16_t* name;
+    Variant defaultValue = Missing{};
+    bool optional = false;
+    bool byRef = false;
+
+    bool hasDefault() const { return !defaultValue.isMissing(); }
+    bool isOptional() const { return optional || hasDefault(); }
+};
+inline Param required(const char16_t* name) { return Param{name}; }
+inline Param optional(const char16_t* name, Variant defaultValue = Missing{}) {
+    return Param{name, std::move(defaultValue), true};
+}
+
+struct ParamInfo {
+    Text name;
+    Text type;
+    bool optional = false;
+    Variant defaultValue = Missing{};
+    bool byRef = false;
+};
+
+// One member: a method, a property with code, or a public data field.
+// Get, let and set of one property share the entry and its identifier.
+struct MemberInfo {
+    Text name;
+    DispId id = 0;
+    bool hidden = false;
+    bool field = false;
+    Text type;                     // result (method, get) or value type (let, set)
+    std::vector<ParamInfo> params;  // without the assigned value of let/set
+    Invoker method, get, let, set;
+
+    bool has(Access a) const;
+};
+
+class ClassInfo {
+public:
+    using Factory = Ref<Object> (*)();
+
+    ClassInfo(Text name, Factory factory, std::vector<MemberInfo> members);
+
+    const Text& name() const noexcept { return name_; }
+    std::span<const MemberInfo> members() const noexcept { return members_; }
+    const MemberInfo* find(DispId id) const noexcept;
+    const MemberInfo* find(TextView name) const;  // ignores case, as Automation does
+    Ref<Object> create() const { return factory_(); }
+
+private:
+    Text name_;
+    Factory factory_;
+    std::vector<MemberInfo> members_;
+    std::unordered_map<Text, std::size_t> byName_;  // folded name -> index
+    std::unordered_map<DispId, std::size_t> byId_;
+};
+
+// Late-bound calls. Arguments in the order the caller writes them; for let
+// and set the last argument is the assigned value. Unknown members raise
+// 438, a wrong argument count 450, a left-out required argument 449.
+Variant invoke(Object& target, DispId id, Access kind, Args args = {});
+Variant invoke(Object& target, TextView name, Access kind, Args args = {});
+Variant invoke(const Ref<Object>& target, TextView name, Access kind, Args args = {});
+DispId dispIdOfName(const Object& target, TextView name);
+
+// ---- Coercion between Variant and the C++ types of the typed API ----------
+
+template <class T>
+struct Marshal;  // from(Variant) -> T, to(T) -> Variant, typeName()
+
+#define TYLHART_SCALAR_MARSHAL(T, conv, tname)                              \
+    template <>                                                             \
+    struct Marshal<T> {                                                     \
+        static T from(const Variant& v) { return v.conv(); }                \
+        static Variant to(T v) { return Variant(v); }                       \
+        static Text typeName() { return tname; }                            \
+    };
+TYLHART_SCALAR_MARSHAL(std::int16_t, toInteger, u"Integer")
+TYLHART_SCALAR_MARSHAL(std::int32_t, toLong, u"Long")
+TYLHART_SCALAR_MARSHAL(float, toSingle, u"Single")
+TYLHART_SCALAR_MARSHAL(double, toDouble, u"Double")
+TYLHART_SCALAR_MARSHAL(Currency, toCurrency, u"Currency")
+TYLHART_SCALAR_MARSHAL(Date, toDate, u"Date")
+TYLHART_SCALAR_MARSHAL(bool, toBoolean, u"Boolean")
+TYLHART_SCALAR_MARSHAL(std::uint8_t, toByte, u"Byte")
+TYLHART_SCALAR_MARSHAL(Text, toText, u"String")
+#undef TYLHART_SCALAR_MARSHAL
+
+template <>
+struct Marshal<Variant> {
+    static const Variant& from(const Variant& v) { return v; }
+    static Variant to(Variant v) { return v; }
+    static Text typeName() { return u"Variant"; }
+};
+
+// Enumerations travel as 32-bit integers and list under their own name.
+#define TYLHART_ENUM_MARSHAL(enumName, guid)                                            \
+    template <>                                                                         \
+    struct Marshal<enumName> {                                                          \
+        static enumName from(const Variant& v) { return static_cast<enumName>(v.toLong()); } \
+        static Variant to(enumName v) { return Variant(static_cast<std::int32_t>(v)); }  \
+        static Text typeName() { return u"" #enumName; }                                \
+    };
+TYLHART_ENUMERATIONS(TYLHART_ENUM_MARSHAL)
+#undef TYLHART_ENUM_MARSHAL
+
+// Object parameters accept Nothing and objects of the declared class; any
+// other value or class is the runtime's type mismatch.
+template <class T>
+struct Marshal<Ref<T>> {
+    static Ref<T> from(const Variant& v) {
+        Ref<Object> o = v.toObject();
+        if (!o) return {};
+        Ref<T> typed = refCast<T>(o);
+        if (!typed) errors::raise(errors::Runtime::TypeMismatch);
+        return typed;
+    }
+    static Variant to(Ref<T> v) { return Variant(Ref<Object>(std::move(v))); }
+    static Text typeName() {
+        if constexpr (std::is_same_v<T, Object>) return u"Object";
+        else return T::TypeName;
+    }
+};
+
+namespace detail {
+
+template <class T>
+using Bare = std::remove_cvref_t<T>;
+
+[[noreturn]] void raiseMissingArgument();
+[[noreturn]] void raiseArgumentCount();
+
+// The value for parameter i: given, defaulted, Missing, or a raise.
+inline const Variant& argumentAt(Args args, const std::vector<ParamInfo>& params, std::size_t i) {
+    static const Variant missing{Missing{}};
+    if (i < args.size() && !args[i].isMissing()) return args[i];
+    if (i < params.size() && !params[i].defaultValue.isMissing()) return params[i].defaultValue;
+    if (i < params.size() && params[i].optional) return missing;
+    raiseMissingArgument();
+}
+
+template <class R, class Call>
+Variant result(Call&& call) {
+    if constexpr (std::is_void_v<R>) {
+        call();
+        return Variant();
+    } else {
+        return Marshal<Bare<R>>::to(call());
+    }
+}
+
+template <class C, class F, class R, class... A, std::size_t... I>
+Variant call(C& self, F fn, Args args, const std::vector<ParamInfo>& params,
+             std::index_sequence<I...>) {
+    if (args.size() > sizeof...(A)) raiseArgumentCount();
+    return result<R>([&]() -> R {
+        return (self.*fn)(Marshal<Bare<A>>::from(argumentAt(args, params, I))...);
+    });
+}
+
+template <class... A>
+std::vector<ParamInfo> describe(std::initializer_list<Param> given) {
+    std::vector<Text> types{Marshal<Bare<A>>::typeName()...};
+    std::vector<ParamInfo> out;
+    auto it = given.begin();
+    for (std::size_t i = 0; i < types.size(); ++i, ++it) {
+        ParamInfo p;
+        p.type = types[i];
+        if (it != given.end()) {
+            p.name = it->name;
+            p.optional = it->isOptional();
+            p.defaultValue = it->defaultValue;
+            p.byRef = it->byRef;
+        } else {
+            p.name = u"Value";
+        }
+        out.push_back(std::move(p));
+    }
+    return out;
+}
+
+template <class Sig>
+struct MemberFn;
+template <class C, class R, class... A>
+struct MemberFn<R (C::*)(A...)> {
+    using Result = R;
+    static constexpr std::size_t arity = sizeof...(A);
+    static std::vector<ParamInfo> params(std::initializer_list<Param> p) { return describe<A...>(p); }
+    template <class Self, class F>
+    static Variant invoke(Self& self, F fn, Args args, const std::vector<ParamInfo>& params) {
+        return call<Self, F, R, A...>(self, fn, args, params, std::index_sequence_for<A...>{});
+    }
+    using Last = typename decltype((std::type_identity<void>{}, ..., std::type_identity<A>{}))::type;
+};
+template <class C, class R, class... A>
+struct MemberFn<R (C::*)(A...) const> : MemberFn<R (C::*)(A...)> {};
+template <class C, class R, class... A>
+struct MemberFn<R (C::*)(A...) noexcept> : MemberFn<R (C::*)(A...)> {};
+template <class C, class R, class... A>
+struct MemberFn<R (C::*)(A...) const noexcept> : MemberFn<R (C::*)(A...)> {};
+
+}  // namespace detail
+
+// Builds a class's member table in slot order and numbers the members:
+// data fields 0x40030000 + n, methods 0x60030000 + m, property procedures
+// 0x68030000 + m, where m counts the members with code in slot order.
+template <class C>
+class ClassBuilder {
+public:
+    explicit ClassBuilder(Text name) : name_(std::move(name)) {}
+
+    // A public data field: get and let, get and set for objects, all three
+    // for a Variant.
+    template <class T>
+    ClassBuilder& field(const char16_t* name, T C::*member) {
+        MemberInfo m = entry(name, FirstFieldId + fields_++);
+        m.field = true;
+        m.type = Marshal<T>::typeName();
+        m.get = [member](Object& o, Args args) -> Variant {
+            if (!args.empty()) detail::raiseArgumentCount();
+            return Marshal<T>::to(static_cast<C&>(o).*member);
+        };
+        Invoker put = [member](Object& o, Args args) -> Variant {
+            if (args.size() != 1) detail::raiseArgumentCount();
+            static_cast<C&>(o).*member = Marshal<T>::from(args[0]);
+            return Variant();
+        };
+        assignPut(m, std::move(put), kindOf<T>());
+        members_.push_back(std::move(m));
+        return *this;
+    }
+
+    template <class F>
+    ClassBuilder& method(const char16_t* name, F fn, std::initializer_list<Param> params = {}) {
+        MemberInfo m = entry(name, FirstMethodId + code_++);
+        using Fn = detail::MemberFn<F>;
+        m.params = Fn::params(params);
+        m.type = resultName<typename Fn::Result>();
+        m.method = bind(fn, m.params);
+        members_.push_back(std::move(m));
+        return *this;
+    }
+
+    // A method whose arguments the member reads itself (raw arguments).
+    ClassBuilder& rawMethod(const char16_t* name, Text resultType, std::vector<ParamInfo> params,
+                            std::function<Variant(C&, Args)> fn) {
+        MemberInfo m = entry(name, FirstMethodId + code_++);
+        m.params = std::move(params);
+        m.type = std::move(resultType);
+        m.method = [fn = std::move(fn)](Object& o, Args args) { return fn(static_cast<C&>(o), args); };
+        members_.push_back(std::move(m));
+        return *this;
+    }
+
+    // A read-only property with code.
+    template <class G>
+    ClassBuilder& getter(const char16_t* name, G get, std::initializer_list<Param> params = {}) {
+        MemberInfo m = entry(name, FirstPropertyId + code_++);
+        using Fn = detail::MemberFn<G>;
+        m.params = Fn::params(params);
+        m.type = resultName<typename Fn::Result>();
+        m.get = bind(get, m.params);
+        members_.push_back(std::move(m));
+        return *this;
+    }
+
+    // A property with code: get and a let or set chosen by the value type
+    // (objects are set, Variants both, everything else let). The setter
+    // takes the property's parameters first and the value last.
+    template <class G, class S>
+    ClassBuilder& property(const char16_t* name, G get, S put, std::initializer_list<Param> params = {}) {
+        getter(name, get, params);
+        MemberInfo& m = members_.back();
+        using Value = detail::Bare<typename detail::MemberFn<S>::Last>;
+        std::vector<ParamInfo> putParams = m.params;
+        putParams.push_back(ParamInfo{u"Value", Marshal<Value>::typeName()});
+        assignPut(m, bind(put, putParams), kindOf<Value>());
+        return *this;
+    }
+
+    // The hidden enumerator member (-4).
+    template <class F>
+    ClassBuilder& newEnum(F fn) {
+        MemberInfo m = entry(u"NewEnum", DispIdNewEnum);
+        ++code_;  // it holds its slot like any other member with code
+        m.hidden = true;
+        m.type = u"IUnknown";
+        m.get = bind(fn, {});
+        m.method = m.get;
+        members_.push_back(std::move(m));
+        return *this;
+    }
+
+    // Gives the member just added another identifier (a default member).
+    ClassBuilder& withId(DispId id) {
+        members_.back().id = id;
+        return *this;
+    }
+
+    ClassInfo build(ClassInfo::Factory factory) { return ClassInfo(name_, factory, std::move(members_)); }
+
+private:
+    enum class PutKind { Let, Set, Both };
+
+    template <class T>
+    static constexpr PutKind kindOf() {
+        if constexpr (std::is_same_v<T, Variant>) return PutKind::Both;
+        else if constexpr (requires(T t) { t.get(); t.detach(); }) return PutKind::Set;
+        else return PutKind::Let;
+    }
+
+    static void assignPut(MemberInfo& m, Invoker put, PutKind kind) {
+        if (kind != PutKind::Set) m.let = put;
+        if (kind != PutKind::Let) m.set = std::move(put);
+    }
+
+    template <class R>
+    static Text resultName() {
+        if constexpr (std::is_void_v<R>) return Text();
+        else return Marshal<detail::Bare<R>>::typeName();
+    }
+
+    template <class F>
+    static Invoker bind(F fn, std::vector<ParamInfo> params) {
+        return [fn, params = std::move(params)](Object& o, Args args) -> Variant {
+            return detail::MemberFn<F>::invoke(static_cast<C&>(o), fn, args, params);
+        };
+    }
+
+    MemberInfo entry(const char16_t* name, DispId id) {
+        MemberInfo m;
+        m.name = name;
+        m.id = id;
+        return m;
+    }
+
+    Text name_;
+    std::vector<MemberInfo> members_;
+    DispId fields_ = 0;
+    DispId code_ = 0;
+};
+
+// The enumerator that NewEnum hands out: walks a snapshot of the elements
+// taken when it was made, so changing the container while iterating is safe.
+class Enumerator final : public Object {
+public:
+    static constexpr const char16_t* TypeName = u"IEnumVARIANT";
+    static const ClassInfo& staticClassInfo();
+    const ClassInfo& classInfo() const override { return staticClassInfo(); }
+
+    explicit Enumerator(std::vector<Variant> items) : items_(std::move(items)) {}
+    bool next(Variant& out);  // false at the end
+    void reset() noexcept { position_ = 0; }
+    std::size_t remaining() const noexcept { return items_.size() - position_; }
+
+private:
+    std::vector<Variant> items_;
+    std::size_t position_ = 0;
+};
+
+}  // namespace tylhart
+
+// Declares the class's identity and member table inside a class body.
+#define TYLHART_CLASS(Class)                                                   \
+public:                                                                        \
+    static constexpr const char16_t* TypeName = u"" #Class;                    \
+    static const ::tylhart::ClassInfo& staticClassInfo();                      \
+    const ::tylhart::ClassInfo& classInfo() const override { return staticClassInfo(); }

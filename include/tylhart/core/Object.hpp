@@ -1,0 +1,91 @@
+// The one base of every class, and Ref<T>, the intrusive reference to it.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <type_traits>
+#include <utility>
+
+#include "tylhart/core/Text.hpp"
+
+namespace tylhart {
+
+class ClassInfo;
+
+// Objects are apartment threaded: one thread calls them, so the reference
+// count needs neither atomics nor locks.
+class Object {
+public:
+    Object(const Object&) = delete;
+    Object& operator=(const Object&) = delete;
+    virtual ~Object();
+
+    // The class's member table; drives dispatch, name lookup and listings.
+    virtual const ClassInfo& classInfo() const = 0;
+    const Text& className() const;
+
+    void addRef() const noexcept { ++references_; }
+    void release() const noexcept {
+        if (--references_ == 0) delete this;
+    }
+
+    // Objects of the library alive in this process (the "can unload" answer).
+    static std::size_t liveObjects() noexcept;
+
+protected:
+    Object() noexcept;
+
+private:
+    mutable std::uint32_t references_ = 0;
+};
+
+// Intrusive shared reference; an empty Ref is Nothing.
+template <class T>
+class Ref {
+public:
+    Ref() noexcept = default;
+    Ref(std::nullptr_t) noexcept {}
+    explicit Ref(T* p) noexcept : p_(p) {
+        if (p_) p_->addRef();
+    }
+    Ref(const Ref& o) noexcept : Ref(o.p_) {}
+    Ref(Ref&& o) noexcept : p_(std::exchange(o.p_, nullptr)) {}
+    template <class U>
+        requires std::is_convertible_v<U*, T*>
+    Ref(const Ref<U>& o) noexcept : Ref(static_cast<T*>(o.get())) {}
+    template <class U>
+        requires std::is_convertible_v<U*, T*>
+    Ref(Ref<U>&& o) noexcept : p_(o.detach()) {}
+    ~Ref() {
+        if (p_) p_->release();
+    }
+    Ref& operator=(Ref o) noexcept {
+        std::swap(p_, o.p_);
+        return *this;
+    }
+
+    T* get() const noexcept { return p_; }
+    T* operator->() const noexcept { return p_; }
+    T& operator*() const noexcept { return *p_; }
+    explicit operator bool() const noexcept { return p_ != nullptr; }
+    T* detach() noexcept { return std::exchange(p_, nullptr); }
+
+    friend bool operator==(const Ref& a, const Ref& b) noexcept { return a.p_ == b.p_; }
+    friend bool operator==(const Ref& a, std::nullptr_t) noexcept { return a.p_ == nullptr; }
+
+private:
+    T* p_ = nullptr;
+};
+
+template <class T, class... Args>
+Ref<T> make(Args&&... args) {
+    return Ref<T>(new T(std::forward<Args>(args)...));
+}
+
+// Checked downcast; Nothing when the object is of another class.
+template <class U, class T>
+Ref<U> refCast(const Ref<T>& r) noexcept {
+    return Ref<U>(dynamic_cast<U*>(r.get()));
+}
+
+}  // namespace tylhart

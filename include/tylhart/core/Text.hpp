@@ -1,0 +1,23 @@
+// Text: counted UTF-16 strings, as the Automation string type holds them.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace tylhart {
+
+// Lengths and positions count UTF-16 code units, as Automation clients do.
+using Text = std::u16string;
+using TextView = std::u16string_view;
+
+// UTF-8 <-> UTF-16 at the edges, so C++ callers can use ordinary literals.
+// Malformed UTF-8 becomes U+FFFD; lone surrogates become U+FFFD in UTF-8.
+Text fromUtf8(std::string_view utf8);
+std::string toUtf8(TextView text);
+
+// Case folding used wherever keys are compared without regard to case.
+char16_t foldCase(char16_t c) noexcept;
+Text foldCase(TextView text);
+bool equalsIgnoringCase(TextView a, TextView b) noexcept;
+
+}  // namespace tylhart

@@ -1,0 +1,136 @@
+// Variant: the dynamically typed value of the Automation runtime, with its
+// conversions, text forms and comparison under locale 0x0409 (English, US).
+#pragma once
+
+#include <compare>
+#include <cstdint>
+#include <variant>
+#include <vector>
+
+#include "tylhart/core/Object.hpp"
+#include "tylhart/core/Text.hpp"
+
+namespace tylhart {
+
+// Kinds, numbered as the Automation VARTYPE of the same kind.
+enum class VarType : std::uint16_t {
+    Empty = 0,
+    Null = 1,
+    Integer = 2,  // 16-bit
+    Long = 3,     // 32-bit
+    Single = 4,
+    Double = 5,
+    Currency = 6,
+    Date = 7,
+    String = 8,
+    Object = 9,
+    Error = 10,  // only as the "missing argument" marker
+    Boolean = 11,
+    Byte = 17,
+    ByteArray = 0x2011,
+};
+
+Text typeName(VarType type);  // "Integer", "String", ... as scripting clients know them
+
+// 64-bit fixed point with four decimals: the value times 10,000.
+struct Currency {
+    std::int64_t scaled = 0;
+    static constexpr std::int64_t scale = 10000;
+    friend bool operator==(Currency, Currency) = default;
+};
+
+// Days since 30 December 1899; the fraction is the time of day.
+struct Date {
+    double days = 0.0;
+    friend bool operator==(Date, Date) = default;
+};
+
+struct Null {
+    friend bool operator==(Null, Null) = default;
+};
+struct Missing {  // an optional argument that the caller left out
+    friend bool operator==(Missing, Missing) = default;
+};
+
+using ByteArray = std::vector<std::uint8_t>;
+
+// Outcome of the runtime's comparison: Null when either side is Null.
+enum class Comparison { Less, Equal, Greater, Null };
+
+class Variant {
+public:
+    Variant() = default;
+    Variant(Null) : value_(Null{}) {}
+    Variant(Missing) : value_(Missing{}) {}
+    Variant(std::int16_t v) : value_(v) {}
+    Variant(std::int32_t v) : value_(v) {}
+    Variant(float v) : value_(v) {}
+    Variant(double v) : value_(v) {}
+    Variant(Currency v) : value_(v) {}
+    Variant(Date v) : value_(v) {}
+    Variant(Text v) : value_(std::move(v)) {}
+    Variant(const char16_t* v) : value_(Text(v)) {}
+    Variant(bool v) : value_(v) {}
+    Variant(std::uint8_t v) : value_(v) {}
+    Variant(ByteArray v) : value_(std::move(v)) {}
+    Variant(Ref<Object> v) : value_(std::move(v)) {}
+    template <class T>
+        requires std::derived_from<T, Object>
+    Variant(Ref<T> v) : value_(Ref<Object>(std::move(v))) {}
+    Variant(std::nullptr_t) : value_(Ref<Object>()) {}  // Nothing
+
+    VarType type() const noexcept;
+    bool isEmpty() const noexcept { return value_.index() == 0; }
+    bool isNull() const noexcept { return std::holds_alternative<Null>(value_); }
+    bool isMissing() const noexcept { return std::holds_alternative<Missing>(value_); }
+    bool isObject() const noexcept { return std::holds_alternative<Ref<Object>>(value_); }
+    bool isString() const noexcept { return std::holds_alternative<Text>(value_); }
+    bool isNumeric() const noexcept;  // Integer..Currency, Date excluded; Boolean and Byte included
+
+    // Direct access to the stored alternative; nullptr when it holds another kind.
+    template <class T>
+    const T* get() const noexcept { return std::get_if<T>(&value_); }
+
+    // The runtime's conversion to another kind (VariantChangeTypeEx, 0x0409):
+    // raises Type mismatch (13), Overflow (6) or Invalid use of Null (94).
+    Variant changeType(VarType target) const;
+
+    std::int16_t toInteger() const;
+    std::int32_t toLong() const;
+    float toSingle() const;
+    double toDouble() const;
+    Currency toCurrency() const;
+    Date toDate() const;
+    bool toBoolean() const;
+    std::uint8_t toByte() const;
+    // The text form callers see in renderings: the runtime's conversion to
+    // text, with Booleans as True/False. Empty gives the empty text; Null
+    // raises Invalid use of Null.
+    Text toText() const;
+    // An object reference; Empty and Nothing give Nothing, others raise 13.
+    Ref<Object> toObject() const;
+
+    // Exact identity of kind and value (used by tests and by the dispatch
+    // layer), not the runtime comparison.
+    friend bool operator==(const Variant&, const Variant&);
+
+private:
+    std::variant<std::monostate, Null, std::int16_t, std::int32_t, float, double, Currency, Date,
+                 Text, Ref<Object>, Missing, bool, std::uint8_t, ByteArray>
+        value_;
+};
+
+// The runtime's comparison (VarCmp, locale 0x0409, no flags).
+Comparison compare(const Variant& a, const Variant& b);
+// Where a comparison only decides a branch: Null counts as not equal.
+bool variantEquals(const Variant& a, const Variant& b);
+// Where the outcome is stored as a Boolean: Null raises Invalid use of Null.
+bool variantEqualsStrict(const Variant& a, const Variant& b);
+
+// Text forms of the scalar kinds, as the runtime writes them.
+Text formatDouble(double v);
+Text formatSingle(float v);
+Text formatCurrency(Currency v);
+Text formatDate(Date v);
+
+}  // namespace tylhart

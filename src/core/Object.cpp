@@ -1,0 +1,21 @@
+#include "tylhart/core/Object.hpp"
+
+#include <atomic>
+
+#include "tylhart/core/Dispatch.hpp"
+
+namespace tylhart {
+namespace {
+// Objects of several apartments may live in one process; only this module
+// count is shared between them, so it alone is atomic.
+std::atomic<std::size_t> liveCount{0};
+}  // namespace
+
+Object::Object() noexcept { liveCount.fetch_add(1, std::memory_order_relaxed); }
+Object::~Object() { liveCount.fetch_sub(1, std::memory_order_relaxed); }
+
+const Text& Object::className() const { return classInfo().name(); }
+
+std::size_t Object::liveObjects() noexcept { return liveCount.load(std::memory_order_relaxed); }
+
+}  // namespace tylhart
