@@ -194,7 +194,7 @@ Variant call(C& self, F fn, Args args, const std::vector<ParamInfo>& params,
 }
 
 template <class... A>
-std::vector<ParamInfo> describe(std::initializer_list<Param> given) {
+std::vector<ParamInfo> describe(const std::vector<Param>& given) {
     std::vector<Text> types{Marshal<Bare<A>>::typeName()...};
     std::vector<ParamInfo> out;
     auto it = given.begin();
@@ -220,7 +220,7 @@ template <class C, class R, class... A>
 struct MemberFn<R (C::*)(A...)> {
     using Result = R;
     static constexpr std::size_t arity = sizeof...(A);
-    static std::vector<ParamInfo> params(std::initializer_list<Param> p) { return describe<A...>(p); }
+    static std::vector<ParamInfo> params(const std::vector<Param>& p) { return describe<A...>(p); }
     template <class Self, class F>
     static Variant invoke(Self& self, F fn, Args args, const std::vector<ParamInfo>& params) {
         return call<Self, F, R, A...>(self, fn, args, params, std::index_sequence_for<A...>{});
@@ -266,7 +266,7 @@ public:
     }
 
     template <class F>
-    ClassBuilder& method(const char16_t* name, F fn, std::initializer_list<Param> params = {}) {
+    ClassBuilder& method(const char16_t* name, F fn, const std::vector<Param>& params = {}) {
         MemberInfo m = entry(name, FirstMethodId + code_++);
         using Fn = detail::MemberFn<F>;
         m.params = Fn::params(params);
@@ -289,7 +289,7 @@ public:
 
     // A read-only property with code.
     template <class G>
-    ClassBuilder& getter(const char16_t* name, G get, std::initializer_list<Param> params = {}) {
+    ClassBuilder& getter(const char16_t* name, G get, const std::vector<Param>& params = {}) {
         MemberInfo m = entry(name, FirstPropertyId + code_++);
         using Fn = detail::MemberFn<G>;
         m.params = Fn::params(params);
@@ -303,7 +303,7 @@ public:
     // (objects are set, Variants both, everything else let). The setter
     // takes the property's parameters first and the value last.
     template <class G, class S>
-    ClassBuilder& property(const char16_t* name, G get, S put, std::initializer_list<Param> params = {}) {
+    ClassBuilder& property(const char16_t* name, G get, S put, const std::vector<Param>& params = {}) {
         getter(name, get, params);
         MemberInfo& m = members_.back();
         using Value = detail::Bare<typename detail::MemberFn<S>::Last>;
@@ -323,6 +323,15 @@ public:
         m.get = bind(fn, {});
         m.method = m.get;
         members_.push_back(std::move(m));
+        return *this;
+    }
+
+    // Makes the object-valued property just added a let, not a set, where
+    // callers assign it with a plain assignment.
+    ClassBuilder& asLet() {
+        MemberInfo& m = members_.back();
+        if (m.set) m.let = std::move(m.set);
+        m.set = nullptr;
         return *this;
     }
 

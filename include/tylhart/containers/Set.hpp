@@ -1,0 +1,178 @@
+// The generic unique set: one design for every ...Set class. Elements are
+// stored under "I" + the text of their key property, compared without
+// regard to case; Item and FindItem hand out copies, NewEnum the elements.
+#pragma once
+
+#include "tylhart/containers/Elements.hpp"
+#include "tylhart/containers/KeyedStore.hpp"
+
+namespace tylhart {
+
+// Derived supplies:
+//   static constexpr const char16_t* Label;       long label (ToString >= 1)
+//   static Text keyText(const Element&);          text of the key property
+//   a FindItem member and `static void describeFindItem(ClassBuilder<Derived>&)`
+// and may hide the hooks: ShortLabel (a non-null label makes levels below 1
+// render "label count}"), ReplacesOnCopy, HasUnion, check, accepted,
+// copyHeaderFrom, headerEquals, describeHeader, describeItem, and Union.
+template <class Derived, class Element>
+class Set : public Object {
+public:
+    using ElementType = Element;
+
+    // Never replaces: a present key is the store's duplicate-key error and
+    // the set stays as it was.
+    void Add(const Element& newElement) {
+        self().check(newElement);
+        Text key = keyOf(newElement);
+        if (store_.contains(key)) errors::raise(errors::Runtime::DuplicateKey);
+        store_.append(newElement, std::move(key));
+        self().accepted(newElement);
+    }
+
+    // Replaces an element with the same key and moves it to the end.
+    void Insert(const Element& newElement) {
+        Remove(newElement);
+        Add(newElement);
+    }
+
+    // Copy of this set with every element of NewSet inserted; the result
+    // shares its elements with both operands.
+    Ref<Derived> Union(const Ref<Derived>& newSet) const {
+        if (!newSet) errors::raise(errors::Runtime::ObjectNotSet);
+        Ref<Derived> result = GetCopy();
+        newSet->store_.forEach([&](const Element& e) { result->Insert(e); });
+        return result;
+    }
+
+    // A fresh copy of the element at Index (values are returned as stored).
+    Element Item(std::int32_t index) const { return ElementOps<Element>::copy(store_.at(index)); }
+
+    // Absent keys and keys that cannot be computed are ignored.
+    void Remove(const Element& element) {
+        try {
+            if (auto i = store_.find(keyOf(element))) store_.erase(*i);
+        } catch (const Error&) {
+        }
+    }
+
+    std::int32_t Count() const noexcept { return static_cast<std::int32_t>(store_.size()); }
+
+    Ref<Enumerator> NewEnum() const {
+        std::vector<Variant> items;
+        items.reserve(store_.size());
+        store_.forEach([&](const Element& e) { items.push_back(ElementOps<Element>::toVariant(e)); });
+        return make<Enumerator>(std::move(items));
+    }
+
+    bool IsInSet(const Element& element) const {
+        try {
+            return store_.contains(keyOf(element));
+        } catch (const Error&) {
+            return false;
+        }
+    }
+
+    Ref<Derived> GetCopy() const {
+        auto copy = make<Derived>();
+        copy->SetFromObject(Ref<Derived>(const_cast<Derived*>(&self())));
+        return copy;
+    }
+
+    // Shallow: the same element objects are added. Most sets merge into what
+    // they hold, so a shared key fails part-way with the duplicate-key error;
+    // sets with ReplacesOnCopy discard their content first.
+    void SetFromObject(const Ref<Derived>& toCopy) {
+        if (!toCopy) errors::raise(errors::Runtime::ObjectNotSet);
+        self().copyHeaderFrom(*toCopy);
+        if (toCopy.get() == &self()) {
+            // Into itself: a merging set meets its own first key as a
+            // duplicate; a replacing one keeps what it holds.
+            if (!Derived::ReplacesOnCopy && !store_.empty()) errors::raise(errors::Runtime::DuplicateKey);
+            return;
+        }
+        if (Derived::ReplacesOnCopy) store_.clear();
+        toCopy->store_.forEach([&](const Element& e) { Add(e); });
+    }
+
+    // Same header, same Count, and every key of ToCompare present here:
+    // order and everything but the keys are ignored.
+    bool Compare(const Ref<Derived>& toCompare) const {
+        if (!toCompare) errors::raise(errors::Runtime::ObjectNotSet);
+        if (!self().headerEquals(*toCompare)) return false;
+        if (store_.size() != toCompare->store_.size()) return false;
+        for (std::size_t i = 0; i < toCompare->store_.size(); ++i)
+            if (!IsInSet(ElementOps<Element>::copy(toCompare->store_[i]))) return false;
+        return true;
+    }
+
+    Variant ToString(std::int16_t infoLevel = 1) const {
+        const Text count = fromUtf8(std::to_string(Count()));
+        if (infoLevel < 1) {
+            if constexpr (Derived::ShortLabel != nullptr) return Text(Derived::ShortLabel) + count + u"}";
+            else return Variant();
+        }
+        Text out = Text(Derived::Label) + count;
+        if (infoLevel > 1) {
+            out += u", Items: {";
+            store_.forEach([&](const Element& e) {
+                try {
+                    out += ElementOps<Element>::renderItem(e, static_cast<std::int16_t>(infoLevel - 1));
+                } catch (const Error&) {
+                }
+            });
+            out += u"}";
+        }
+        out += u"}";
+        return out;
+    }
+
+    const KeyedStore<Element>& elements() const noexcept { return store_; }
+
+    // The element stored under the key made from a key property's text, as
+    // a copy; the missing-key error when absent.
+    Element findByKeyText(TextView keyText) const {
+        return ElementOps<Element>::copy(store_[store_.keyIndex(u"I" + Text(keyText))]);
+    }
+    std::optional<std::size_t> findKeyText(TextView keyText) const { return store_.find(u"I" + Text(keyText)); }
+
+    static ClassInfo describe() {
+        ClassBuilder<Derived> b(Derived::TypeName);
+        Derived::describeHeader(b);
+        b.method(u"Add", &Derived::Add, {required(u"NewElement")})
+            .method(u"Insert", &Derived::Insert, {required(u"NewElement")});
+        if constexpr (Derived::HasUnion) b.method(u"Union", &Derived::Union, {required(u"NewSet")});
+        Derived::describeItem(b);
+        Derived::describeFindItem(b);
+        b.method(u"Remove", &Derived::Remove, {required(u"Element")})
+            .getter(u"Count", &Set::Count)
+            .newEnum(&Set::NewEnum)
+            .method(u"IsInSet", &Set::IsInSet, {required(u"Element")})
+            .method(u"GetCopy", &Set::GetCopy)
+            .method(u"SetFromObject", &Set::SetFromObject, {required(u"ToCopy")})
+            .method(u"Compare", &Set::Compare, {required(u"ToCompare")})
+            .method(u"ToString", &Set::ToString, {optional(u"InfoLevel", std::int16_t{1})});
+        return b.build([] { return Ref<Object>(make<Derived>()); });
+    }
+
+protected:
+    static constexpr const char16_t* ShortLabel = nullptr;
+    static constexpr bool ReplacesOnCopy = false;
+    static constexpr bool HasUnion = true;
+    void check(const Element&) const {}
+    void accepted(const Element&) {}
+    void copyHeaderFrom(const Derived&) {}
+    bool headerEquals(const Derived&) const { return true; }
+    static void describeHeader(ClassBuilder<Derived>&) {}
+    static void describeItem(ClassBuilder<Derived>& b) { b.method(u"Item", &Set::Item, {required(u"Index")}); }
+
+    Text keyOf(const Element& e) const { return u"I" + Derived::keyText(e); }
+
+    KeyedStore<Element> store_;
+
+private:
+    Derived& self() { return static_cast<Derived&>(*this); }
+    const Derived& self() const { return static_cast<const Derived&>(*this); }
+};
+
+}  // namespace tylhart

@@ -1,0 +1,78 @@
+// The shape that the top-level construct classes share: an own definition
+// made in the constructor, a kind-checked Definition, MakeObject, deep copy
+// and a tagged rendering.
+#pragma once
+
+#include "tylhart/core/CObject.hpp"
+
+namespace tylhart {
+
+// Derived supplies:
+//   static constexpr enumDDObjectKind ObjectKind;          its definition kind
+//   static constexpr const char16_t* DefinitionSource;     Source of the kind check
+template <class Derived>
+class Construct : public Object {
+public:
+    // The definition object itself, shared, not a copy.
+    Ref<CDefinition> Definition() const { return definition_; }
+
+    // Stores the given definition without copying it, after checking that it
+    // is of the class's kind.
+    void SetDefinition(const Ref<CDefinition>& newDefinition) {
+        if (!newDefinition) errors::raise(errors::Runtime::ObjectNotSet);
+        if (newDefinition->Kind() != Derived::ObjectKind)
+            errors::raise(Derived::DefinitionSource, errors::WrongKind);
+        definition_ = newDefinition;
+    }
+
+    // A handle on this construct (a reference, not a copy), unchecked.
+    Ref<CObject> MakeObject() {
+        auto handle = make<CObject>();
+        handle->SetUntypedObject(Ref<Object>(this));
+        return handle;
+    }
+
+    Ref<Derived> GetCopy() const {
+        auto copy = make<Derived>();
+        copy->SetFromObject(Ref<Derived>(const_cast<Derived*>(static_cast<const Derived*>(this))));
+        return copy;
+    }
+
+protected:
+    Construct() : definition_(makeDefinition(u"unknown", Derived::ObjectKind)) {}
+
+    // The deep copy of the definition, through the checked setter.
+    void copyDefinitionFrom(const Derived& other) {
+        if (!other.definition_) errors::raise(errors::Runtime::ObjectNotSet);
+        SetDefinition(other.definition_->GetCopy());
+    }
+
+    bool definitionEquals(const Derived& other) const {
+        if (!definition_ || !other.definition_) return !definition_ && !other.definition_;
+        return definition_->Compare(other.definition_);
+    }
+
+    // Tag, then the definition rendered at the same level when one is set.
+    Text renderHead(TextView tag, std::int16_t infoLevel) const {
+        Text out(tag);
+        if (definition_) out += concatDefinition(infoLevel);
+        return out;
+    }
+
+    // The members every construct lists, in the order it lists them.
+    static void describeDefinition(ClassBuilder<Derived>& b) {
+        b.property(u"Definition", &Construct::Definition, &Construct::SetDefinition);
+    }
+    static void describeMakeObject(ClassBuilder<Derived>& b) { b.method(u"MakeObject", &Construct::MakeObject); }
+    static void describeGetCopy(ClassBuilder<Derived>& b) { b.method(u"GetCopy", &Construct::GetCopy); }
+
+    Ref<CDefinition> definition_;
+
+private:
+    Text concatDefinition(std::int16_t infoLevel) const {
+        Variant v = definition_->ToString(infoLevel);
+        return v.isEmpty() ? Text() : v.toText();
+    }
+};
+
+}  // namespace tylhart

@@ -1,0 +1,22 @@
+#include "tylhart/containers/CObjectSet.hpp"
+
+namespace tylhart {
+
+Text CObjectSet::keyText(const Ref<CObject>& handle) {
+    if (!handle) errors::raise(errors::Runtime::ObjectNotSet);
+    Ref<CDefinition> d = handle->ObjectDefinition();
+    if (!d) errors::raise(errors::Runtime::ObjectNotSet);
+    return d->Name();
+}
+
+Ref<CObject> CObjectSet::FindItem(const Ref<CDefinition>& objectDef) const {
+    if (!objectDef) errors::raise(errors::Runtime::ObjectNotSet);
+    return findByKeyText(objectDef->Name());
+}
+
+const ClassInfo& CObjectSet::staticClassInfo() {
+    static const ClassInfo info = describe();
+    return info;
+}
+
+}  // namespace tylhart
