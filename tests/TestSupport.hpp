@@ -1,0 +1,66 @@
+// Shared helpers for the test suites: exact error records and texts.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+
+#include "tylhart/core/Dispatch.hpp"
+
+namespace tylhart {
+
+// Lets GoogleTest print UTF-16 texts and Variants readably.
+inline void PrintTo(const Text& t, std::ostream* os) { *os << '"' << toUtf8(t) << '"'; }
+inline void PrintTo(const Variant& v, std::ostream* os) {
+    *os << toUtf8(typeName(v.type()));
+    if (!v.isObject() && !v.isNull() && !v.isMissing() && v.type() != VarType::ByteArray)
+        *os << '(' << toUtf8(v.toText()) << ')';
+}
+
+namespace test {
+
+struct ErrorRecord {
+    std::int32_t number;
+    std::string source;
+    std::string description;
+    friend bool operator==(const ErrorRecord&, const ErrorRecord&) = default;
+    friend std::ostream& operator<<(std::ostream& os, const ErrorRecord& e) {
+        return os << std::hex << "0x" << static_cast<std::uint32_t>(e.number) << std::dec << " [" << e.source
+                  << "] " << e.description;
+    }
+};
+
+// The record a call raised; a sentinel when it raised nothing.
+inline ErrorRecord raised(const std::function<void()>& call) {
+    try {
+        call();
+    } catch (const Error& e) {
+        return {e.number(), toUtf8(e.source()), toUtf8(e.description())};
+    }
+    return {0, "", "(no error)"};
+}
+
+inline ErrorRecord libraryError(const char* source, const char16_t* description) {
+    return {errors::InvalidArgument, source, toUtf8(description)};
+}
+inline ErrorRecord platformError(errors::Runtime code) {
+    return {errors::numberOf(code), "TylHartTypes", toUtf8(errors::descriptionOf(code))};
+}
+
+inline std::string text(const Variant& v) { return v.isEmpty() ? std::string("<empty>") : toUtf8(v.toText()); }
+
+// Late-bound call with natural argument order.
+template <class... A>
+Variant call(const Ref<Object>& o, const char16_t* name, A... args) {
+    const Variant list[] = {Variant(), Variant(args)...};
+    return invoke(o, name, Access::Method, std::span<const Variant>(list + 1, sizeof...(A)));
+}
+inline Variant get(const Ref<Object>& o, const char16_t* name) { return invoke(o, name, Access::Get); }
+inline void let(const Ref<Object>& o, const char16_t* name, Variant value) {
+    const Variant list[] = {std::move(value)};
+    invoke(o, name, Access::Let, list);
+}
+
+}  // namespace test
+}  // namespace tylhart

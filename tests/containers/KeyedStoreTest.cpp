@@ -1,0 +1,54 @@
+#include <random>
+
+#include "TestSupport.hpp"
+#include "tylhart/containers/KeyedStore.hpp"
+
+namespace tylhart::test {
+namespace {
+
+// The index is renumbered incrementally on every insert and erase; compare
+// it against a plain model after a long random sequence of operations.
+TEST(KeyedStore, KeyIndexFollowsInsertionsAndRemovalsAnywhere) {
+    KeyedStore<int> store;
+    std::vector<std::pair<int, Text>> model;  // value, key ("" = none)
+    std::mt19937 rng(42);
+    for (int step = 0; step < 4000; ++step) {
+        const std::size_t n = model.size();
+        if (n > 0 && rng() % 3 == 0) {
+            std::size_t at = rng() % n;
+            store.erase(at);
+            model.erase(model.begin() + static_cast<std::ptrdiff_t>(at));
+        } else {
+            std::size_t at = n == 0 ? 0 : rng() % (n + 1);
+            Text key = rng() % 4 == 0 ? Text() : fromUtf8("K" + std::to_string(step));
+            store.insert(at, step, key.empty() ? std::nullopt : std::optional<Text>(key));
+            model.insert(model.begin() + static_cast<std::ptrdiff_t>(at), {step, key});
+        }
+    }
+    ASSERT_EQ(store.size(), model.size());
+    for (std::size_t i = 0; i < model.size(); ++i) {
+        ASSERT_EQ(store[i], model[i].first);
+        if (!model[i].second.empty()) {
+            ASSERT_EQ(store.keyIndex(foldCase(model[i].second)), i);  // keys ignore case
+        }
+    }
+}
+
+TEST(KeyedStore, RefusedCallsRaiseTheRuntimeErrorsAndChangeNothing) {
+    KeyedStore<int> store;
+    store.append(1, Text(u"Flow"));
+    store.append(2);
+    EXPECT_EQ(raised([&] { store.append(3, Text(u"FLOW")); }), platformError(errors::Runtime::DuplicateKey));
+    EXPECT_EQ(raised([&] { store.at(0); }), platformError(errors::Runtime::SubscriptOutOfRange));
+    EXPECT_EQ(raised([&] { store.at(3); }), platformError(errors::Runtime::SubscriptOutOfRange));
+    EXPECT_EQ(raised([&] { store.keyIndex(u"pressure"); }), platformError(errors::Runtime::InvalidCall));
+    EXPECT_EQ(raised([&] { store.indexFor(Variant(Null{})); }), platformError(errors::Runtime::InvalidUseOfNull));
+    EXPECT_EQ(raised([&] { store.indexFor(Variant(nullptr)); }), platformError(errors::Runtime::TypeMismatch));
+    EXPECT_EQ(store.size(), 2u);
+    EXPECT_EQ(store.indexFor(Variant(Text(u"flow"))), 0u);
+    EXPECT_EQ(store.indexFor(Variant(2.0)), 1u);
+    EXPECT_EQ(store.indexFor(Variant(1.5)), 1u);  // positions round half to even
+}
+
+}  // namespace
+}  // namespace tylhart::test

@@ -1,0 +1,215 @@
+#include "TestSupport.hpp"
+#include "tylhart/containers/CDefinitionList.hpp"
+#include "tylhart/containers/CValueList.hpp"
+
+namespace tylhart::test {
+namespace {
+
+const ErrorRecord WrongKind = libraryError("CDefinitionSet.Add", errors::WrongKind);
+const ErrorRecord BadPosition = platformError(errors::Runtime::SubscriptOutOfRange);
+
+// Names of the list's elements in order, e.g. "a b c".
+std::string names(const CDefinitionList& list) {
+    std::string out;
+    list.elements().forEach([&](const Ref<CDefinition>& d) { out += (out.empty() ? "" : " ") + toUtf8(d->rawName()); });
+    return out;
+}
+
+Ref<CDefinitionList> listOf(const std::vector<const char16_t*>& items, bool exact = false,
+                            enumDDObjectKind kind = ddoKVariableDef) {
+    auto list = make<CDefinitionList>();
+    list->UseExactKind = exact;
+    for (auto name : items) list->Add(makeDefinition(name, kind));
+    return list;
+}
+
+struct AddCase {
+    std::vector<const char16_t*> start;
+    std::int32_t before, after;
+    const char* expected;  // order after adding "x", or nullptr for the position error
+};
+
+class ListAdd : public ::testing::TestWithParam<AddCase> {};
+
+TEST_P(ListAdd, PlacesTheElementOrRefusesThePosition) {
+    const AddCase& c = GetParam();
+    auto list = listOf(c.start);
+    const std::string before = names(*list);
+    auto add = [&] { list->Add(makeDefinition(u"x", ddoKVariableDef), c.before, c.after); };
+    if (c.expected) {
+        add();
+        EXPECT_EQ(names(*list), c.expected);
+    } else {
+        EXPECT_EQ(raised(add), BadPosition);
+        EXPECT_EQ(names(*list), before);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Positions, ListAdd,
+                         ::testing::Values(AddCase{{}, 5, 0, "x"},           // empty list ignores positions
+                                           AddCase{{}, 0, 7, "x"},
+                                           AddCase{{u"a", u"b"}, 0, 0, "a b x"},
+                                           AddCase{{u"a", u"b"}, 1, 1, "x a b"},  // Before wins
+                                           AddCase{{u"a", u"b"}, 2, 0, "a x b"},
+                                           AddCase{{u"a", u"b"}, 0, 1, "a x b"},
+                                           AddCase{{u"a", u"b"}, 0, 2, "a b x"},
+                                           AddCase{{u"a", u"b"}, -1, -1, "a b x"},
+                                           AddCase{{u"a", u"b"}, 5, 0, nullptr},
+                                           AddCase{{u"a", u"b"}, 3, 0, nullptr},
+                                           AddCase{{u"a", u"b"}, 0, 3, nullptr}));
+
+TEST(List, ItemAndRemoveAddressPositionsOnly) {
+    auto list = listOf({u"a", u"b", u"c"});
+    auto b = list->Item(Variant(std::int32_t{2}));
+    EXPECT_EQ(b->Name(), u"b");
+    EXPECT_EQ(list->Item(Variant(2.0)).get(), b.get());  // the stored element, not a copy
+    EXPECT_EQ(raised([&] { list->Item(Variant(Text(u"b"))); }), platformError(errors::Runtime::InvalidCall));
+    EXPECT_EQ(raised([&] { list->Item(Variant(std::int32_t{0})); }), BadPosition);
+    EXPECT_EQ(raised([&] { list->Remove(Variant(std::int32_t{4})); }), BadPosition);
+    list->Remove(Variant(std::int32_t{2}));
+    EXPECT_EQ(names(*list), "a c");
+}
+
+TEST(List, FindFirstUsesTheFullCompareFromStart) {
+    auto list = make<CDefinitionList>();
+    EXPECT_EQ(list->FindFirst(makeDefinition(u"a", ddoKVariableDef)), -1);
+    auto a = makeDefinition(u"a", ddoKVariableDef);
+    list->Add(a);
+    list->Add(a);
+    EXPECT_EQ(list->Count(), 2);
+    EXPECT_EQ(list->FindFirst(a), 1);
+    EXPECT_EQ(list->FindFirst(a, 2), 2);
+    EXPECT_EQ(list->FindFirst(a, 3), -1);
+    EXPECT_EQ(list->FindFirst(makeDefinition(u"A", ddoKVariableDef)), -1);  // exact names
+    EXPECT_EQ(list->FindFirst(makeDefinition(u"a", ddoKMenuDef)), -1);     // kinds too
+    EXPECT_EQ(raised([&] { list->FindFirst(a, 0); }), BadPosition);
+}
+
+TEST(List, ExactKindRuleFixesTheFirstKindAndRefusesOthers) {
+    auto list = make<CDefinitionList>();
+    list->UseExactKind = true;
+    list->Add(makeDefinition(u"v", ddoKVariableDef));
+    EXPECT_EQ(list->KindUsed(), ddoKVariableDef);
+    EXPECT_EQ(raised([&] { list->Add(makeDefinition(u"c", ddoKCommandDef)); }), WrongKind);
+    EXPECT_EQ(raised([&] { list->SetKindUsed(ddoKMenuDef); }), WrongKind);
+    list->SetKindUsed(ddoKVariableDef);  // the same kind is accepted silently
+    EXPECT_EQ(names(*list), "v");
+    EXPECT_EQ(list->KindUsed(), ddoKVariableDef);
+
+    auto free = make<CDefinitionList>();
+    free->Add(makeDefinition(u"v", ddoKVariableDef));
+    free->Add(makeDefinition(u"c", ddoKCommandDef));
+    EXPECT_EQ(free->KindUsed(), -1);
+    free->SetKindUsed(ddoKMenuDef);  // no rule: stored as given
+    EXPECT_EQ(free->KindUsed(), ddoKMenuDef);
+}
+
+TEST(List, CopyIsDeepAndComparesEqualUntilAnElementChanges) {
+    auto list = listOf({u"a", u"b"}, true);
+    auto copy = list->GetCopy();
+    EXPECT_TRUE(copy->Compare(list));
+    EXPECT_NE(copy->Item(Variant(std::int32_t{1})).get(), list->Item(Variant(std::int32_t{1})).get());
+    copy->Item(Variant(std::int32_t{1}))->SetName(u"changed");
+    EXPECT_EQ(list->Item(Variant(std::int32_t{1}))->Name(), u"a");
+    EXPECT_FALSE(copy->Compare(list));
+
+    auto reversed = listOf({u"b", u"a"}, true);
+    EXPECT_FALSE(reversed->Compare(list));  // order matters
+    reversed->SetFromObject(reversed);      // into itself: content kept
+    EXPECT_EQ(names(*reversed), "b a");
+}
+
+TEST(List, CopyFixesTheKindWhenTheRuleWasSwitchedOnAfterAdding) {
+    auto list = listOf({u"a"});
+    list->UseExactKind = true;
+    auto copy = list->GetCopy();  // re-adding under the rule fixes the copy's kind
+    EXPECT_EQ(list->KindUsed(), -1);
+    EXPECT_EQ(copy->KindUsed(), ddoKVariableDef);
+    EXPECT_FALSE(copy->Compare(list));
+}
+
+TEST(List, CopyRefusedPartWayKeepsWhatWasCopied) {
+    auto source = make<CDefinitionList>();
+    source->Add(makeDefinition(u"v", ddoKVariableDef));
+    source->Add(makeDefinition(u"c", ddoKCommandDef));
+    source->Add(makeDefinition(u"w", ddoKVariableDef));
+    source->UseExactKind = true;
+    source->SetKindUsed(ddoKVariableDef);  // allowed: no kind was fixed yet
+    auto receiver = listOf({u"old"});
+    EXPECT_EQ(raised([&] { receiver->SetFromObject(source); }), WrongKind);
+    EXPECT_EQ(names(*receiver), "v");
+
+    auto fixed = make<CDefinitionList>();
+    fixed->UseExactKind = true;
+    fixed->Add(makeDefinition(u"m", ddoKMenuDef));
+    EXPECT_EQ(raised([&] { fixed->SetFromObject(source); }), WrongKind);  // header check first
+    EXPECT_EQ(names(*fixed), "m");
+    EXPECT_EQ(fixed->KindUsed(), ddoKMenuDef);
+}
+
+TEST(List, RendersLabelCountAndItemsOneLevelDown) {
+    auto list = make<CDefinitionList>();
+    EXPECT_EQ(text(list->ToString(2)), "DefinitionList{Count:0, Items: {}}");
+    EXPECT_TRUE(list->ToString(0).isEmpty());
+    list->Add(makeDefinition(u"a", ddoKVariableDef));
+    list->Add(Ref<CDefinition>());  // Nothing renders nothing; the rest still prints
+    list->Add(makeDefinition(u"b", ddoKMenuDef));
+    EXPECT_EQ(text(list->ToString()), "DefinitionList{Count:3}");
+    EXPECT_EQ(text(list->ToString(2)), "DefinitionList{Count:3, Items: { Definition{Name:a} Definition{Name:b}}}");
+    EXPECT_EQ(text(list->ToString(3)),
+              "DefinitionList{Count:3, Items: { Definition{Name:a, Kind:0} Definition{Name:b, Kind:2}}}");
+}
+
+TEST(ValueList, StoresValuesAndComparesThemByVariantEquality) {
+    auto values = make<CValueList>();
+    values->Add(Variant(std::int16_t{1}));
+    values->Add(Variant(Text(u"bar")));
+    values->Add(Variant(Null{}));
+    values->Add(Variant(true));
+    values->Add(Variant(2.5));
+    EXPECT_EQ(text(values->ToString(2)), "ValueList{Count:5, Items: { (1) (bar) () (True) (2.5)}}");
+    EXPECT_EQ(values->FindFirst(Variant(1.0)), 1);         // numbers across kinds
+    EXPECT_EQ(values->FindFirst(Variant(Text(u"1"))), -1);  // a text never equals a number
+    EXPECT_EQ(values->FindFirst(Variant(Null{})), -1);      // Null equals nothing
+    EXPECT_EQ(values->FindFirst(Variant(std::int32_t{-1})), 4);
+    auto copy = values->GetCopy();
+    EXPECT_EQ(copy->Count(), 5);
+    EXPECT_FALSE(copy->Compare(values));  // the Null element never compares equal
+    copy->Remove(Variant(std::int32_t{3}));
+    values->Remove(Variant(std::int32_t{3}));
+    EXPECT_TRUE(copy->Compare(values));
+}
+
+TEST(List, NewEnumWalksTheStoredElementsInOrder) {
+    auto list = listOf({u"a", u"b"});
+    Ref<Enumerator> e = list->NewEnum();
+    Variant v;
+    ASSERT_TRUE(e->next(v));
+    EXPECT_EQ(v.toObject().get(), list->Item(Variant(std::int32_t{1})).get());
+    ASSERT_TRUE(e->next(v));
+    EXPECT_FALSE(e->next(v));
+}
+
+TEST(List, EveryMemberIsReachableByDispatch) {
+    Ref<Object> list = make<CDefinitionList>();
+    const ClassInfo& info = list->classInfo();
+    EXPECT_EQ(info.find(u"UseExactKind")->id, 0x40030000);
+    EXPECT_EQ(info.find(u"KindUsed")->id, 0x68030000);
+    EXPECT_EQ(info.find(u"Add")->id, 0x60030001);
+    EXPECT_EQ(info.find(u"NewEnum")->id, DispIdNewEnum);
+    EXPECT_TRUE(info.find(u"NewEnum")->hidden);
+    EXPECT_EQ(info.find(u"ToString")->id, 0x6003000A);
+    let(list, u"UseExactKind", true);
+    call(list, u"Add", makeDefinition(u"a", ddoKVariableDef));
+    call(list, u"add", makeDefinition(u"b", ddoKVariableDef), Variant(Missing{}), std::int32_t{0});
+    EXPECT_EQ(get(list, u"KindUsed"), Variant(std::int32_t{0}));
+    EXPECT_EQ(raised([&] { call(list, u"Add", makeDefinition(u"c", ddoKUnitDef)); }), WrongKind);
+    EXPECT_EQ(raised([&] { call(list, u"Add", make<CValueList>()); }), platformError(errors::Runtime::TypeMismatch));
+    EXPECT_EQ(call(list, u"FindFirst", makeDefinition(u"b", ddoKVariableDef)), Variant(std::int32_t{2}));
+    EXPECT_EQ(text(call(list, u"ToString", std::int16_t{2})),
+              "DefinitionList{Count:2, Items: { Definition{Name:a} Definition{Name:b}}}");
+    EXPECT_TRUE(call(list, u"Compare", call(list, u"GetCopy")).toBoolean());
+}
+
+}  // namespace
+}  // namespace tylhart::test

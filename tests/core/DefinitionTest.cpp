@@ -1,0 +1,135 @@
+#include "TestSupport.hpp"
+
+#include <map>
+#include "tylhart/core/CDefinition.hpp"
+
+namespace tylhart::test {
+namespace {
+
+const ErrorRecord NotInitialized = libraryError("CDefinition.DefName", errors::NotInitialized);
+const ErrorRecord KindFixed = libraryError("CDefinition.Initialize", errors::KindFixed);
+const ErrorRecord KindRange = libraryError("CDefinition.Initialize", errors::IndexOutOfRange);
+
+TEST(Definition, NewDefinitionIsUninitialisedAndRendersWithoutError) {
+    auto d = make<CDefinition>();
+    EXPECT_EQ(d->Kind(), -1);
+    EXPECT_EQ(text(d->ToString()), "Definition{Name:unknown}");
+    EXPECT_EQ(text(d->ToString(2)), "Definition{Name:unknown, Kind:-1}");
+    EXPECT_TRUE(d->ToString(0).isEmpty());
+    EXPECT_TRUE(d->ToString(-1).isEmpty());
+    EXPECT_EQ(raised([&] { d->Name(); }), NotInitialized);
+    EXPECT_EQ(raised([&] { d->SetName(u"x"); }), NotInitialized);
+}
+
+TEST(Definition, ReinitialisingWithTheSameKindRenames) {
+    auto d = make<CDefinition>();
+    d->Initialize(u"a", ddoKVariableDef);
+    d->Initialize(u"b", ddoKVariableDef);
+    EXPECT_EQ(d->Name(), u"b");
+    EXPECT_EQ(text(d->ToString(2)), "Definition{Name:b, Kind:0}");
+    d->SetName(u"");  // any text, the empty one included
+    EXPECT_EQ(d->Name(), u"");
+}
+
+struct InitCase {
+    enumDDObjectKind before;
+    std::int32_t attempted;
+    const ErrorRecord* expected;
+};
+
+class RefusedInitialize : public ::testing::TestWithParam<InitCase> {};
+
+TEST_P(RefusedInitialize, ReportsTheFirstFailingCheckAndChangesNothing) {
+    const InitCase& c = GetParam();
+    auto d = make<CDefinition>();
+    if (c.before >= 0) d->Initialize(u"kept", c.before);
+    const std::string before = text(d->ToString(2));
+    EXPECT_EQ(raised([&] { d->Initialize(u"new", static_cast<enumDDObjectKind>(c.attempted)); }), *c.expected);
+    EXPECT_EQ(text(d->ToString(2)), before);
+}
+
+INSTANTIATE_TEST_SUITE_P(Cases, RefusedInitialize,
+                         ::testing::Values(InitCase{ddoKVariableDef, 1, &KindFixed},
+                                           // the kind-change check runs before the range check
+                                           InitCase{ddoKVariableDef, 10, &KindFixed},
+                                           InitCase{ddoKCollectionDef, -1, &KindFixed},
+                                           InitCase{ddoKUndefined, 10, &KindRange},
+                                           InitCase{ddoKUndefined, -1, &KindRange},
+                                           InitCase{ddoKUndefined, -2, &KindRange}));
+
+TEST(Definition, CompareIsExactOnNamesAndIgnoresNamesWhenUninitialised) {
+    auto a = makeDefinition(u"Flow", ddoKVariableDef);
+    EXPECT_FALSE(a->Compare(makeDefinition(u"flow", ddoKVariableDef)));
+    EXPECT_FALSE(a->Compare(makeDefinition(u"Flow", ddoKCommandDef)));
+    EXPECT_TRUE(a->Compare(makeDefinition(u"Flow", ddoKVariableDef)));
+    EXPECT_TRUE(make<CDefinition>()->Compare(make<CDefinition>()));
+    EXPECT_FALSE(make<CDefinition>()->Compare(a));
+}
+
+TEST(Definition, CopiesAreIndependentAndUninitialisedSourcesReset) {
+    auto a = makeDefinition(u"pressure", ddoKVariableDef);
+    auto copy = a->GetCopy();
+    EXPECT_NE(copy.get(), a.get());
+    EXPECT_TRUE(copy->Compare(a));
+    copy->SetName(u"other");
+    EXPECT_EQ(a->Name(), u"pressure");
+
+    EXPECT_EQ(make<CDefinition>()->GetCopy()->Kind(), -1);
+    a->SetFromObject(make<CDefinition>());
+    EXPECT_EQ(text(a->ToString(2)), "Definition{Name:unknown, Kind:-1}");
+}
+
+TEST(Definition, CopyOfAnotherKindIsRefusedAndLeavesTheReceiver) {
+    auto a = makeDefinition(u"pressure", ddoKVariableDef);
+    EXPECT_EQ(raised([&] { a->SetFromObject(makeDefinition(u"cmd", ddoKCommandDef)); }), KindFixed);
+    EXPECT_EQ(text(a->ToString(2)), "Definition{Name:pressure, Kind:0}");
+}
+
+TEST(Definition, EveryMemberIsReachableByNameAndIdentifier) {
+    Ref<Object> d = make<CDefinition>();
+    call(d, u"INITIALIZE", Text(u"pressure"), Text(u"0"));  // names ignore case; "0" coerces
+    EXPECT_EQ(text(get(d, u"name")), "pressure");
+    let(d, u"Name", Text(u"flow"));
+    EXPECT_EQ(get(d, u"Kind"), Variant(std::int32_t{0}));
+    const Variant level2[] = {Variant(std::int16_t{2})};
+    EXPECT_EQ(text(invoke(*d, 0x60030006, Access::Method, level2)), "Definition{Name:flow, Kind:0}");
+    EXPECT_EQ(text(invoke(*d, 0x68030000, Access::Get)), "flow");
+    EXPECT_EQ(text(call(d, u"ToString")), "Definition{Name:flow}");  // optional level defaults to 1
+    auto copy = call(d, u"GetCopy").toObject();
+    EXPECT_TRUE(call(d, u"Compare", copy).toBoolean());
+}
+
+TEST(Definition, DispatchRefusesBadCallsWithTheRuntimeErrors) {
+    auto definition = make<CDefinition>();
+    Ref<Object> d = definition;
+    EXPECT_EQ(raised([&] { call(d, u"Rename"); }), platformError(errors::Runtime::NoSuchMember));
+    EXPECT_EQ(raised([&] { invoke(*d, 0x60030099, Access::Method); }), platformError(errors::Runtime::NoSuchMember));
+    EXPECT_EQ(raised([&] { call(d, u"GetCopy", 1); }), platformError(errors::Runtime::WrongArgumentCount));
+    EXPECT_EQ(raised([&] { call(d, u"Initialize", Text(u"x"), Text(u"abc")); }),
+              platformError(errors::Runtime::TypeMismatch));
+    EXPECT_EQ(raised([&] { call(d, u"Compare", Text(u"x")); }), platformError(errors::Runtime::TypeMismatch));
+    EXPECT_EQ(raised([&] { call(d, u"Initialize", Text(u"x")); }).description, "Argument not optional");
+    EXPECT_EQ(raised([&] { let(d, u"Kind", std::int32_t{1}); }), platformError(errors::Runtime::NoSuchMember));
+    EXPECT_EQ(definition->Kind(), -1);  // nothing above changed it
+}
+
+TEST(Enumerations, MetadataMatchesTheDeclaredValuesIncludingDuplicates) {
+    std::map<std::string, std::int32_t> all;
+    for (const EnumInfo& e : enumerations())
+        for (const EnumMember& m : e.members) all[toUtf8(m.name)] = m.value;
+    EXPECT_EQ(enumerations().size(), 14u);
+    EXPECT_EQ(all.at("ddvTMax"), ddvTMax);
+    EXPECT_EQ(all.at("ddvTMax"), 14);
+    EXPECT_EQ(all.at("ddvTTimeValue"), 15);
+    EXPECT_EQ(all.at("ddvTMax15"), 15);
+    EXPECT_EQ(all.at("ddmiqTReview"), all.at("ddmiqTReadOnly"));
+    EXPECT_EQ(all.at("ddmCAnalogOutput"), 3);
+    EXPECT_EQ(all.at("ddvCAnalogOutput"), 4);
+    EXPECT_EQ(all.at("sqTHours"), 3);
+    EXPECT_EQ(all.count("sqTMax"), 0u);
+    EXPECT_EQ(toUtf8(enumerations().back().guid), "{3011BB1A-F89F-4304-B971-CDE7B9CC97EE}");
+    EXPECT_EQ(toUtf8(enumerations()[12].guid), "{285215E7-027B-11D5-8152-00E0291221F9}");
+}
+
+}  // namespace
+}  // namespace tylhart::test
