@@ -13,14 +13,44 @@
 
 namespace tylhart {
 
+// Hashing and equality of keys without regard to case, usable with a
+// TextView probe so that look-ups allocate nothing.
+struct CaseInsensitiveHash {
+    using is_transparent = void;
+    std::size_t operator()(TextView key) const noexcept {
+        std::size_t h = 14695981039346656037ull;
+        for (char16_t c : key) h = (h ^ foldCase(c)) * 1099511628211ull;
+        return h;
+    }
+};
+struct CaseInsensitiveEqual {
+    using is_transparent = void;
+    bool operator()(TextView a, TextView b) const noexcept { return equalsIgnoringCase(a, b); }
+};
+
 // Position access and key look-up are O(1): elements live in a vector and a
-// hash index maps each folded key to its position. Inserting or removing in
-// the middle shifts the tail once and renumbers only the shifted keys.
+// hash index maps each key to its position. Inserting or removing in the
+// middle shifts the tail once and renumbers only the shifted keys. An
+// element points at its own index slot (node addresses are stable), so an
+// unkeyed element costs one pointer.
 // Errors are the runtime's: a bad position 9, a missing key 5, a duplicate
 // key 457, and every refused call leaves the store unchanged.
 template <class T>
 class KeyedStore {
 public:
+    KeyedStore() = default;
+    KeyedStore(const KeyedStore& other) { *this = other; }
+    KeyedStore& operator=(const KeyedStore& other) {
+        if (this == &other) return *this;
+        clear();
+        reserve(other.size());
+        for (const Entry& e : other.entries_)
+            append(e.value, e.slot ? std::optional<Text>(e.slot->first) : std::nullopt);
+        return *this;
+    }
+    KeyedStore(KeyedStore&&) noexcept = default;
+    KeyedStore& operator=(KeyedStore&&) noexcept = default;
+
     std::size_t size() const noexcept { return entries_.size(); }
     bool empty() const noexcept { return entries_.empty(); }
 
@@ -37,11 +67,11 @@ public:
         return *found;
     }
     std::optional<std::size_t> find(TextView key) const {
-        auto it = index_.find(foldCase(key));
+        auto it = index_.find(key);
         if (it == index_.end()) return std::nullopt;
         return it->second;
     }
-    bool contains(TextView key) const { return find(key).has_value(); }
+    bool contains(TextView key) const { return index_.find(key) != index_.end(); }
 
     const T& operator[](std::size_t index) const noexcept { return entries_[index].value; }
     T& operator[](std::size_t index) noexcept { return entries_[index].value; }
@@ -58,14 +88,18 @@ public:
 
     // Inserts Value at 0-based Index (size() appends) under an optional key.
     void insert(std::size_t index, T value, std::optional<Text> key = std::nullopt) {
-        Text folded;
+        Slot* slot = nullptr;
         if (key) {
-            folded = foldCase(*key);
-            if (index_.contains(folded)) errors::raise(errors::Runtime::DuplicateKey);
+            auto [it, added] = index_.try_emplace(std::move(*key), index);
+            if (!added) errors::raise(errors::Runtime::DuplicateKey);
+            slot = &*it;
         }
-        entries_.insert(entries_.begin() + static_cast<std::ptrdiff_t>(index),
-                        Entry{std::move(value), key.has_value(), folded});
-        if (key) index_.emplace(std::move(folded), index);
+        try {
+            entries_.insert(entries_.begin() + static_cast<std::ptrdiff_t>(index), Entry{std::move(value), slot});
+        } catch (...) {
+            if (slot) index_.erase(slot->first);
+            throw;
+        }
         renumberFrom(index + 1);
     }
     void append(T value, std::optional<Text> key = std::nullopt) {
@@ -73,7 +107,7 @@ public:
     }
 
     void erase(std::size_t index) {
-        if (entries_[index].keyed) index_.erase(entries_[index].foldedKey);
+        if (Slot* slot = entries_[index].slot) index_.erase(slot->first);
         entries_.erase(entries_.begin() + static_cast<std::ptrdiff_t>(index));
         renumberFrom(index);
     }
@@ -93,20 +127,21 @@ public:
     }
 
 private:
+    using Index = std::unordered_map<Text, std::size_t, CaseInsensitiveHash, CaseInsensitiveEqual>;
+    using Slot = typename Index::value_type;
     struct Entry {
         T value;
-        bool keyed = false;
-        Text foldedKey;
+        Slot* slot = nullptr;  // this element's key and position, when keyed
     };
 
-    void renumberFrom(std::size_t first) {
+    void renumberFrom(std::size_t first) noexcept {
         if (index_.empty()) return;
         for (std::size_t i = first; i < entries_.size(); ++i)
-            if (entries_[i].keyed) index_[entries_[i].foldedKey] = i;
+            if (entries_[i].slot) entries_[i].slot->second = i;
     }
 
     std::vector<Entry> entries_;
-    std::unordered_map<Text, std::size_t> index_;
+    Index index_;
 };
 
 }  // namespace tylhart
