@@ -25,6 +25,7 @@ Text descriptionOf(Runtime code) {
         case Runtime::TypeMismatch: return u"Type mismatch";
         case Runtime::ObjectNotSet: return u"Object variable or With block variable not set";
         case Runtime::InvalidUseOfNull: return u"Invalid use of Null";
+        case Runtime::CannotCreateObject: return u"ActiveX component can't create object";
         case Runtime::NoSuchMember: return u"Object doesn't support this property or method";
         case Runtime::WrongArgumentCount:
             return u"Wrong number of arguments or invalid property assignment";

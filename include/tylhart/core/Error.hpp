@@ -56,6 +56,7 @@ enum class Runtime : std::uint16_t {
     TypeMismatch = 13,
     ObjectNotSet = 91,        // call on Nothing
     InvalidUseOfNull = 94,
+    CannotCreateObject = 429, // unknown or unbuilt class
     NoSuchMember = 438,       // dispatch: unknown name or identifier
     WrongArgumentCount = 450, // dispatch: wrong number of arguments
     DuplicateKey = 457,

@@ -1,0 +1,126 @@
+#include "TestSupport.hpp"
+
+#include <cctype>
+
+#include "tylhart/automation/Entry.hpp"
+
+namespace tylhart::test {
+namespace {
+
+using namespace automation;
+
+const Guid DefinitionClsid = *parseGuid(u"{65488EEC-01BE-11D5-8151-00E0291221F9}");
+const Guid DefinitionIid = *parseGuid(u"{729158C8-9D51-4DB2-96AA-0E9801C2A6FB}");
+const Guid DDEnumsClsid = *parseGuid(u"{016E9349-5C94-11D4-80BA-00E0291221F9}");
+const Guid IidDispatch = *parseGuid(u"{00020400-0000-0000-C000-000000000046}");
+
+// Takes over the reference that DllGetClassObject added.
+Ref<Object> adopt(void* p) {
+    Ref<Object> r(static_cast<Object*>(p));
+    static_cast<Object*>(p)->release();
+    return r;
+}
+
+class Factory : public ::testing::TestWithParam<Guid> {};
+
+TEST_P(Factory, HandsOutAFactoryThatCreatesNewObjectsOfItsClass) {
+    const std::size_t before = Object::liveObjects();
+    void* ppv = nullptr;
+    ASSERT_EQ(DllGetClassObject(DefinitionClsid, GetParam(), &ppv), status::Ok);
+    ASSERT_NE(ppv, nullptr);
+    EXPECT_EQ(Object::liveObjects(), before + 1);
+    Ref<Object> factory = adopt(ppv);
+    EXPECT_EQ(factory->className(), u"ClassFactory");
+
+    // Reached by dispatch, like any other member; the name ignores case.
+    Variant a = invoke(factory, u"CreateInstance", Access::Method);
+    Variant b = invoke(factory, u"createinstance", Access::Method);
+    ASSERT_TRUE(a.isObject() && b.isObject());
+    EXPECT_NE(a.toObject().get(), b.toObject().get());
+    EXPECT_EQ(a.toObject()->className(), u"CDefinition");
+    EXPECT_EQ(get(a.toObject(), u"Kind").toLong(), ddoKUndefined);
+}
+
+INSTANTIATE_TEST_SUITE_P(Interfaces, Factory, ::testing::Values(IidUnknown, IidClassFactory, DefinitionIid));
+
+TEST(Entry, FactoryCreatesTheClassItWasAskedFor) {
+    void* ppv = nullptr;
+    ASSERT_EQ(DllGetClassObject(DDEnumsClsid, IidClassFactory, &ppv), status::Ok);
+    Ref<Object> factory = adopt(ppv);
+    EXPECT_EQ(refCast<ClassFactory>(factory)->CreateInstance()->className(), u"DDEnums");
+}
+
+struct Refusal {
+    const char* what;
+    Guid clsid;
+    Guid iid;
+    HResult expected;
+};
+
+class RefusedRequest : public ::testing::TestWithParam<Refusal> {};
+
+TEST_P(RefusedRequest, AnswersTheStatusClearsTheResultAndCreatesNothing) {
+    const Refusal& r = GetParam();
+    const std::size_t before = Object::liveObjects();
+    int sentinel = 0;
+    void* ppv = &sentinel;
+    EXPECT_EQ(DllGetClassObject(r.clsid, r.iid, &ppv), r.expected);
+    EXPECT_EQ(ppv, nullptr);
+    EXPECT_EQ(Object::liveObjects(), before);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, RefusedRequest,
+    ::testing::Values(
+        Refusal{"type library id", *parseGuid(u"{016E9347-5C94-11D4-80BA-00E0291221F9}"), IidClassFactory,
+                status::ClassNotAvailable},
+        Refusal{"interface id as class", DefinitionIid, IidClassFactory, status::ClassNotAvailable},
+        Refusal{"IDispatch", DefinitionClsid, IidDispatch, status::NoInterface},
+        Refusal{"other class's interface", DefinitionClsid, *parseGuid(u"{BE1382EE-8EA2-41FA-880F-0FEE95BE27CC}"),
+                status::NoInterface},
+        Refusal{"unknown class wins over a bad interface", Guid{}, IidDispatch, status::ClassNotAvailable}),
+    [](const auto& info) {
+        std::string name = info.param.what;
+        for (char& c : name)
+            if (!std::isalnum(static_cast<unsigned char>(c))) c = '_';
+        return name;
+    });
+
+TEST(Entry, ClassWithoutImplementationHasNoFactory) {
+    for (const ClassEntry& c : classes()) {
+        if (c.built()) continue;
+        void* ppv = nullptr;
+        EXPECT_EQ(DllGetClassObject(*parseGuid(c.clsid), IidClassFactory, &ppv), status::ClassNotAvailable)
+            << toUtf8(c.name);
+        EXPECT_EQ(ppv, nullptr);
+    }
+}
+
+TEST(Entry, NullResultPointerIsRefused) {
+    EXPECT_EQ(DllGetClassObject(DefinitionClsid, IidClassFactory, nullptr), status::Pointer);
+}
+
+// The unload answer doubles as a leak check: every test of this binary
+// gives back what it took.
+TEST(Entry, CanUnloadOnlyWhenNothingIsAlive) {
+    ASSERT_EQ(DllCanUnloadNow(), status::Ok) << Object::liveObjects() << " objects alive";
+    void* ppv = nullptr;
+    ASSERT_EQ(DllGetClassObject(DefinitionClsid, IidClassFactory, &ppv), status::Ok);
+    EXPECT_EQ(DllCanUnloadNow(), status::False);
+    Ref<Object> made = refCast<ClassFactory>(adopt(ppv))->CreateInstance();
+    // The factory is gone; the object it made still holds the library.
+    EXPECT_EQ(DllCanUnloadNow(), status::False);
+    // A refused call on it leaks nothing either.
+    EXPECT_EQ(raised([&] { let(made, u"Name", Variant(u"x")); }),
+              libraryError("CDefinition.DefName", errors::NotInitialized));
+    made = nullptr;
+    EXPECT_EQ(DllCanUnloadNow(), status::Ok);
+}
+
+TEST(Entry, RegistrationIsStaticAndSucceeds) {
+    EXPECT_EQ(DllRegisterServer(), status::Ok);
+    EXPECT_EQ(DllUnregisterServer(), status::Ok);
+}
+
+}  // namespace
+}  // namespace tylhart::test

@@ -1,0 +1,242 @@
+"""The Python module: creation, late-bound members, error records, values."""
+
+import decimal
+import gc
+import unittest
+
+import tylharttypes as t
+
+# Error numbers as Python sees them: the HRESULT as a signed 32-bit int.
+INVALID_ARGUMENT = -2147024809      # 0x80070057
+CANNOT_CREATE = -2146827859         # 0x800A01AD, 429
+NO_SUCH_MEMBER = -2146827850        # 0x800A01B6, 438
+OBJECT_NOT_SET = -2146828197        # 0x800A005B, 91
+TYPE_MISMATCH = -2146828275         # 0x800A000D, 13
+ARGUMENT_NOT_OPTIONAL = -2146827839  # 0x800A01C1, 449
+WRONG_ARGUMENT_COUNT = -2146827838  # 0x800A01C2, 450
+
+
+class ErrorRecordMixin:
+    def assertRaisesRecord(self, record, call, *args, **kwargs):
+        with self.assertRaises(t.Error) as caught:
+            call(*args, **kwargs)
+        err = caught.exception
+        self.assertEqual((err.number, err.source, err.description), record)
+
+    @staticmethod
+    def runtime(number, description):
+        return (number, "TylHartTypes", description)
+
+
+def definition(name="pressure", kind=t.ddoKVariableDef):
+    d = t.CDefinition()
+    d.Initialize(name, kind)
+    return d
+
+
+class Creation(ErrorRecordMixin, unittest.TestCase):
+    def test_programmatic_names_ignore_case_and_make_new_objects(self):
+        for name in ("TylHartTypes.CDefinition", "tylharttypes.cdefinition", "TYLHARTTYPES.CDEFINITION"):
+            with self.subTest(name=name):
+                a, b = t.CreateObject(name), t.CreateObject(name)
+                self.assertNotEqual(a, b)
+                self.assertEqual(a.Kind, -1)
+                self.assertEqual(a.ToString(2), "Definition{Name:unknown, Kind:-1}")
+
+    def test_class_identifier_with_or_without_braces(self):
+        for clsid in ("{65488EEC-01BE-11D5-8151-00E0291221F9}", "65488eec-01be-11d5-8151-00e0291221f9"):
+            with self.subTest(clsid=clsid):
+                self.assertEqual(t.CreateObjectFromClsid(clsid).ToString(), "Definition{Name:unknown}")
+
+    def test_unknown_names_raise_429(self):
+        record = self.runtime(CANNOT_CREATE, "ActiveX component can't create object")
+        for name in ("TylHartTypes.CNothing", "CDefinition", ""):
+            with self.subTest(name=name):
+                self.assertRaisesRecord(record, t.CreateObject, name)
+        self.assertRaisesRecord(record, t.CreateObjectFromClsid, "{016E9347-5C94-11D4-80BA-00E0291221F9}")
+
+    def test_every_listed_class_has_a_constructor(self):
+        listed = [line.split()[1] for line in t.typeLibraryListing().splitlines() if line.startswith("coclass ")]
+        self.assertIn("CDefinition", listed)
+        for name in listed:
+            with self.subTest(name=name):
+                made = getattr(t, name)()
+                self.assertIn("tylharttypes.%s object" % name, repr(made))
+                self.assertEqual(repr(t.CreateObject("TylHartTypes." + name)).split()[0], "<tylharttypes." + name)
+        # A class of the type library without an implementation yet.
+        for name in ("CVariable", "CCommand", "CMenu"):
+            if name not in listed:
+                self.assertFalse(hasattr(t, name))
+                self.assertRaisesRecord(self.runtime(CANNOT_CREATE, "ActiveX component can't create object"),
+                                        t.CreateObject, "TylHartTypes." + name)
+
+
+class DefinitionThroughDispatch(ErrorRecordMixin, unittest.TestCase):
+    NOT_INITIALIZED = (INVALID_ARGUMENT, "CDefinition.DefName", "Object not yet initialized!")
+    KIND_FIXED = (INVALID_ARGUMENT, "CDefinition.Initialize",
+                  "Once a Kind is initialized, it must not be changed anymore!")
+
+    def test_new_definition_refuses_its_name_and_stays_unchanged(self):
+        d = t.CDefinition()
+        self.assertRaisesRecord(self.NOT_INITIALIZED, getattr, d, "Name")
+        with self.assertRaises(t.Error) as caught:
+            d.Name = "x"
+        self.assertEqual(caught.exception.number, -2147024809)
+        self.assertEqual(caught.exception.source, "CDefinition.DefName")
+        self.assertEqual(caught.exception.description, "Object not yet initialized!")
+        self.assertRaisesRecord((INVALID_ARGUMENT, "CDefinition.Initialize", "Index is out of range!"),
+                                d.Initialize, "pressure", 10)
+        self.assertEqual(d.ToString(2), "Definition{Name:unknown, Kind:-1}")
+
+    def test_initialize_read_rename_and_render(self):
+        d = t.CDefinition()
+        self.assertIsNone(d.Initialize("pressure", t.ddoKVariableDef))
+        self.assertEqual(d.Name, "pressure")
+        self.assertEqual(d.Kind, 0)
+        self.assertEqual(d.ToString(2), "Definition{Name:pressure, Kind:0}")
+        self.assertEqual(d.ToString(), "Definition{Name:pressure}")
+        self.assertEqual(d.ToString(InfoLevel=2), "Definition{Name:pressure, Kind:0}")
+        self.assertIs(d.ToString(0), t.Empty)
+        d.name = "temperature"  # names ignore case
+        self.assertEqual(d.NAME, "temperature")
+        self.assertIsNone(d.SetName("flow"))  # the writer of a property, as pywin32 spells it
+        self.assertEqual(d.tostring(2), "Definition{Name:flow, Kind:0}")
+
+    def test_refused_calls_leave_the_definition_unchanged(self):
+        d = definition()
+        cases = [
+            (self.KIND_FIXED, lambda: d.Initialize("other", t.ddoKMenuDef)),
+            (self.KIND_FIXED, lambda: d.Initialize("other", 10)),  # the kind check comes first
+            (self.runtime(NO_SUCH_MEMBER, "Object doesn't support this property or method"),
+             lambda: setattr(d, "Kind", 1)),
+            (self.runtime(OBJECT_NOT_SET, "Object variable or With block variable not set"),
+             lambda: d.Compare(None)),
+            (self.runtime(TYPE_MISMATCH, "Type mismatch"), lambda: d.SetFromObject(t.DDEnums())),
+            (self.runtime(ARGUMENT_NOT_OPTIONAL, "Argument not optional"), lambda: d.Initialize("other")),
+            (self.runtime(WRONG_ARGUMENT_COUNT, "Wrong number of arguments or invalid property assignment"),
+             lambda: d.GetCopy(1)),
+        ]
+        for record, call in cases:
+            with self.subTest(record=record):
+                self.assertRaisesRecord(record, call)
+                self.assertEqual(d.ToString(2), "Definition{Name:pressure, Kind:0}")
+
+    def test_unknown_members_are_attribute_errors(self):
+        d = definition()
+        self.assertFalse(hasattr(d, "Colour"))
+        with self.assertRaises(AttributeError):
+            d.Colour = 1
+        with self.assertRaises(AttributeError):
+            d.SetKind  # Kind has no writer
+        with self.assertRaises(TypeError):
+            d.ToString(Level=2)
+
+    def test_identity_copies_and_python_protocols(self):
+        d = definition()
+        copy = d.GetCopy()
+        self.assertNotEqual(copy, d)
+        self.assertTrue(copy.Compare(d))
+        listed = t.CDefinitionList()
+        listed.Add(d)
+        # The list hands out the stored object: the same one, under a new wrapper.
+        self.assertEqual(listed.Item(1), d)
+        self.assertEqual(hash(listed.Item(1)), hash(d))
+        self.assertTrue(d)
+        with self.assertRaises(TypeError):
+            len(d)
+        with self.assertRaises(TypeError):
+            iter(d)
+
+
+class Values(ErrorRecordMixin, unittest.TestCase):
+    """Every kind travels into a value list and back out unchanged."""
+
+    def round_trip(self, value):
+        values = t.CValueList()
+        values.Add(value)
+        return values.Item(1)
+
+    def test_round_trips(self):
+        d = definition()
+        cases = [
+            (7, 7, int), (-2**31, -2**31, int), (2**31, 2147483648.0, float), (2**70, float(2**70), float),
+            (1.25, 1.25, float), ("héllo", "héllo", str), ("\ud800x", "\ud800x", str), ("", "", str),
+            (True, True, bool), (b"\x00\xff", b"\x00\xff", bytes), (bytearray(b"ab"), b"ab", bytes),
+            (t.Currency("1.5"), t.Currency(15000), t.Currency), (t.Date(0.5), t.Date(0.5), t.Date),
+        ]
+        for value, expected, kind in cases:
+            with self.subTest(value=value):
+                back = self.round_trip(value)
+                self.assertIs(type(back), kind)
+                self.assertEqual(back, expected)
+        for marker in (t.Null, t.Empty, None):
+            self.assertIs(self.round_trip(marker), marker)
+        self.assertEqual(self.round_trip(d), d)
+
+    def test_text_forms_seen_by_the_library(self):
+        values = t.CValueList()
+        for v in (12, 2.5, True, t.Currency(12345), t.Currency("$1,234.50"), t.Date(0.5), t.Empty):
+            values.Add(v)
+        self.assertEqual(values.ToString(2),
+                         "ValueList{Count:7, Items: { (12) (2.5) (True) (1.2345) (1234.5) (12:00:00 PM) ()}}")
+
+    def test_iteration_and_length(self):
+        values = t.CValueList()
+        for v in ("a", 2, None):
+            values.Add(v)
+        self.assertEqual(len(values), 3)
+        self.assertEqual(list(values), ["a", 2, None])
+        self.assertEqual(list(values.NewEnum), ["a", 2, None])
+
+    def test_missing_marker_takes_the_default(self):
+        values = t.CValueList()
+        values.Add(1)
+        values.Add(2)
+        values.Add(3, t.Missing, 1)  # Before left out, After 1
+        self.assertEqual(list(values), [1, 3, 2])
+        self.assertRaisesRecord(self.runtime(ARGUMENT_NOT_OPTIONAL, "Argument not optional"), values.Add, t.Missing)
+        self.assertEqual(len(values), 3)
+
+    def test_value_classes(self):
+        self.assertEqual(t.Currency(decimal.Decimal("2.5")).scaled, 25000)
+        self.assertEqual(str(t.Currency(-5)), "-0.0005")
+        self.assertEqual(float(t.Currency(15000)), 1.5)
+        self.assertEqual(t.Date(36526.5).days, 36526.5)
+        self.assertEqual(str(t.Date(0.5)), "12:00:00 PM")
+        self.assertEqual((repr(t.Empty), repr(t.Null), repr(t.Missing)), ("Empty", "Null", "Missing"))
+        self.assertRaisesRecord(self.runtime(TYPE_MISMATCH, "Type mismatch"), t.Currency, "abc")
+        with self.assertRaises(TypeError):
+            t.Currency(1.5)
+        with self.assertRaises(TypeError):
+            t.CValueList().Add(object())
+
+
+class Module(unittest.TestCase):
+    def test_enumerations(self):
+        self.assertEqual((t.ddoKVariableDef, t.ddoKUndefined, t.ddvTMax, t.ddvTMax15, t.sqTHours), (0, -1, 14, 15, 3))
+        self.assertEqual(len(t.enums), 14)
+        self.assertEqual(t.enums["enumDDMenuItemQualificationType"],
+                         {"ddmiqTDisplayValue": 0, "ddmiqTReadOnly": 1, "ddmiqTReview": 1, "ddmiqTMax": 1})
+
+    def test_listing(self):
+        lines = t.typeLibraryListing().splitlines()
+        self.assertEqual(lines[0], "library TylHartTypes {016E9347-5C94-11D4-80BA-00E0291221F9} locale 0x0409")
+        start = lines.index("interface _CDefinition {729158C8-9D51-4DB2-96AA-0E9801C2A6FB}")
+        self.assertEqual(lines[start + 1], "  0x68030000 get let Name() As String")
+        self.assertEqual(lines[start + 7], "  0x60030006 method ToString(Optional InfoLevel As Integer = 1) As Variant")
+
+    def test_unload_answer_follows_the_live_objects(self):
+        gc.collect()
+        self.assertEqual(t.DllCanUnloadNow(), 0)
+        d = definition()
+        copies = t.CDefinitionList()
+        copies.Add(d.GetCopy())
+        del d
+        self.assertEqual(t.DllCanUnloadNow(), 1)
+        del copies
+        gc.collect()
+        self.assertEqual(t.DllCanUnloadNow(), 0)
+
+
+if __name__ == "__main__":
+    unittest.main()
