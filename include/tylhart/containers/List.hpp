@@ -3,19 +3,19 @@
 // through the hooks below.
 #pragma once
 
-#include "tylhart/containers/Elements.hpp"
-#include "tylhart/containers/KeyedStore.hpp"
+#include "tylhart/containers/Container.hpp"
 
 namespace tylhart {
 
 // Derived supplies `static constexpr const char16_t* Label` and may hide the
-// hooks: check (before an add, may refuse), accepted (after an add),
-// copyHeaderFrom, headerEquals, and describeHeader (its extra members, which
-// precede the list's own in slot order).
+// policy hooks of Container.
 template <class Derived, class Element>
-class List : public Object {
+class List : public Container<Derived, Element> {
+    using Base = Container<Derived, Element>;
+    using Base::self;
+    using Base::store_;
+
 public:
-    using ElementType = Element;
 
     // Before wins over After; both are ignored on an empty list; a position
     // beyond Count is the store's subscript error.
@@ -32,28 +32,13 @@ public:
     // as a missing key.
     Element Item(const Variant& index) const { return store_[store_.indexFor(index)]; }
     void Remove(const Variant& index) { store_.erase(store_.indexFor(index)); }
-    std::int32_t Count() const noexcept { return static_cast<std::int32_t>(store_.size()); }
-
-    Ref<Enumerator> NewEnum() const {
-        std::vector<Variant> items;
-        items.reserve(store_.size());
-        store_.forEach([&](const Element& e) { items.push_back(ElementOps<Element>::toVariant(e)); });
-        return make<Enumerator>(std::move(items));
-    }
-
     // First position from Start whose element equals obj under the element
     // class's full comparison; -1 when none. Start below 1 fails at the
     // first look-up, as a walk by position does.
     std::int32_t FindFirst(const Element& obj, std::int32_t start = 1) const {
-        for (std::int64_t i = start; i <= Count(); ++i)
+        for (std::int64_t i = start; i <= this->Count(); ++i)
             if (ElementOps<Element>::equal(obj, store_.at(i))) return static_cast<std::int32_t>(i);
         return -1;
-    }
-
-    Ref<Derived> GetCopy() const {
-        auto copy = make<Derived>();
-        copy->SetFromObject(Ref<Derived>(const_cast<Derived*>(&self())));
-        return copy;
     }
 
     // Deep copy that replaces the content. A kind refused while re-adding
@@ -84,24 +69,8 @@ public:
 
     Variant ToString(std::int16_t infoLevel = 1) const {
         if (infoLevel < 1) return Variant();
-        Text out = Text(Derived::Label) + fromUtf8(std::to_string(Count()));
-        if (infoLevel > 1) {
-            out += u", Items: {";
-            store_.forEach([&](const Element& e) {
-                // A failing element rendering is skipped; the rest still print.
-                try {
-                    out += ElementOps<Element>::renderItem(e, static_cast<std::int16_t>(infoLevel - 1));
-                } catch (const Error&) {
-                }
-            });
-            out += u"}";
-        }
-        out += u"}";
-        return out;
+        return this->render(infoLevel);
     }
-
-    // C++ iteration over the stored elements.
-    const KeyedStore<Element>& elements() const noexcept { return store_; }
 
     static ClassInfo describe() {
         ClassBuilder<Derived> b(Derived::TypeName);
@@ -110,29 +79,16 @@ public:
                                       optional(u"After", std::int32_t{0})})
             .method(u"Item", &List::Item, {required(u"Index")})
             .method(u"Remove", &List::Remove, {required(u"Index")})
-            .getter(u"Count", &List::Count)
-            .newEnum(&List::NewEnum)
+            .getter(u"Count", &Base::Count)
+            .newEnum(&Base::NewEnum)
             .method(u"FindFirst", &List::FindFirst, {required(u"obj"), optional(u"Start", std::int32_t{1})})
-            .method(u"GetCopy", &List::GetCopy)
+            .method(u"GetCopy", &Base::GetCopy)
             .method(u"SetFromObject", &List::SetFromObject, {required(u"ToCopy")})
             .method(u"Compare", &List::Compare, {required(u"ToCompare")})
             .method(u"ToString", &List::ToString, {optional(u"InfoLevel", std::int16_t{1})});
         return b.build([] { return Ref<Object>(make<Derived>()); });
     }
 
-protected:
-    // Default hooks: no header, no kind rule.
-    void check(const Element&) const {}
-    void accepted(const Element&) {}
-    void copyHeaderFrom(const Derived&) {}
-    bool headerEquals(const Derived&) const { return true; }
-    static void describeHeader(ClassBuilder<Derived>&) {}
-
-    KeyedStore<Element> store_;
-
-private:
-    Derived& self() { return static_cast<Derived&>(*this); }
-    const Derived& self() const { return static_cast<const Derived&>(*this); }
 };
 
 }  // namespace tylhart

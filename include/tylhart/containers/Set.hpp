@@ -3,8 +3,7 @@
 // regard to case; Item and FindItem hand out copies, NewEnum the elements.
 #pragma once
 
-#include "tylhart/containers/Elements.hpp"
-#include "tylhart/containers/KeyedStore.hpp"
+#include "tylhart/containers/Container.hpp"
 
 namespace tylhart {
 
@@ -12,13 +11,16 @@ namespace tylhart {
 //   static constexpr const char16_t* Label;       long label (ToString >= 1)
 //   static Text keyText(const Element&);          text of the key property
 //   a FindItem member and `static void describeFindItem(ClassBuilder<Derived>&)`
-// and may hide the hooks: ShortLabel (a non-null label makes levels below 1
-// render "label count}"), ReplacesOnCopy, HasUnion, check, accepted,
-// copyHeaderFrom, headerEquals, describeHeader, describeItem, and Union.
+// and may hide the policy hooks of Container and these: ShortLabel (a
+// non-null label makes levels below 1 render "label count}"),
+// ReplacesOnCopy, HasUnion, describeItem, and Union.
 template <class Derived, class Element>
-class Set : public Object {
+class Set : public Container<Derived, Element> {
+    using Base = Container<Derived, Element>;
+    using Base::self;
+    using Base::store_;
+
 public:
-    using ElementType = Element;
 
     // Never replaces: a present key is the store's duplicate-key error and
     // the set stays as it was.
@@ -40,7 +42,7 @@ public:
     // shares its elements with both operands.
     Ref<Derived> Union(const Ref<Derived>& newSet) const {
         if (!newSet) errors::raise(errors::Runtime::ObjectNotSet);
-        Ref<Derived> result = GetCopy();
+        Ref<Derived> result = this->GetCopy();
         newSet->store_.forEach([&](const Element& e) { result->Insert(e); });
         return result;
     }
@@ -56,27 +58,12 @@ public:
         }
     }
 
-    std::int32_t Count() const noexcept { return static_cast<std::int32_t>(store_.size()); }
-
-    Ref<Enumerator> NewEnum() const {
-        std::vector<Variant> items;
-        items.reserve(store_.size());
-        store_.forEach([&](const Element& e) { items.push_back(ElementOps<Element>::toVariant(e)); });
-        return make<Enumerator>(std::move(items));
-    }
-
     bool IsInSet(const Element& element) const {
         try {
             return store_.contains(keyOf(element));
         } catch (const Error&) {
             return false;
         }
-    }
-
-    Ref<Derived> GetCopy() const {
-        auto copy = make<Derived>();
-        copy->SetFromObject(Ref<Derived>(const_cast<Derived*>(&self())));
-        return copy;
     }
 
     // Shallow: the same element objects are added. Most sets merge into what
@@ -107,27 +94,13 @@ public:
     }
 
     Variant ToString(std::int16_t infoLevel = 1) const {
-        const Text count = fromUtf8(std::to_string(Count()));
         if (infoLevel < 1) {
-            if constexpr (Derived::ShortLabel != nullptr) return Text(Derived::ShortLabel) + count + u"}";
+            if constexpr (Derived::ShortLabel != nullptr)
+                return Text(Derived::ShortLabel) + fromUtf8(std::to_string(this->Count())) + u"}";
             else return Variant();
         }
-        Text out = Text(Derived::Label) + count;
-        if (infoLevel > 1) {
-            out += u", Items: {";
-            store_.forEach([&](const Element& e) {
-                try {
-                    out += ElementOps<Element>::renderItem(e, static_cast<std::int16_t>(infoLevel - 1));
-                } catch (const Error&) {
-                }
-            });
-            out += u"}";
-        }
-        out += u"}";
-        return out;
+        return this->render(infoLevel);
     }
-
-    const KeyedStore<Element>& elements() const noexcept { return store_; }
 
     // The element stored under the key made from a key property's text, as
     // a copy; the missing-key error when absent.
@@ -145,10 +118,10 @@ public:
         Derived::describeItem(b);
         Derived::describeFindItem(b);
         b.method(u"Remove", &Derived::Remove, {required(u"Element")})
-            .getter(u"Count", &Set::Count)
-            .newEnum(&Set::NewEnum)
+            .getter(u"Count", &Base::Count)
+            .newEnum(&Base::NewEnum)
             .method(u"IsInSet", &Set::IsInSet, {required(u"Element")})
-            .method(u"GetCopy", &Set::GetCopy)
+            .method(u"GetCopy", &Base::GetCopy)
             .method(u"SetFromObject", &Set::SetFromObject, {required(u"ToCopy")})
             .method(u"Compare", &Set::Compare, {required(u"ToCompare")})
             .method(u"ToString", &Set::ToString, {optional(u"InfoLevel", std::int16_t{1})});
@@ -159,20 +132,9 @@ protected:
     static constexpr const char16_t* ShortLabel = nullptr;
     static constexpr bool ReplacesOnCopy = false;
     static constexpr bool HasUnion = true;
-    void check(const Element&) const {}
-    void accepted(const Element&) {}
-    void copyHeaderFrom(const Derived&) {}
-    bool headerEquals(const Derived&) const { return true; }
-    static void describeHeader(ClassBuilder<Derived>&) {}
     static void describeItem(ClassBuilder<Derived>& b) { b.method(u"Item", &Set::Item, {required(u"Index")}); }
 
     Text keyOf(const Element& e) const { return u"I" + Derived::keyText(e); }
-
-    KeyedStore<Element> store_;
-
-private:
-    Derived& self() { return static_cast<Derived&>(*this); }
-    const Derived& self() const { return static_cast<const Derived&>(*this); }
 };
 
 }  // namespace tylhart

@@ -1,0 +1,68 @@
+// What every list and set shares: the store, the count, the enumerator, the
+// copy protocol, the rendering pattern and the default policy hooks.
+#pragma once
+
+#include "tylhart/containers/Elements.hpp"
+#include "tylhart/containers/KeyedStore.hpp"
+
+namespace tylhart {
+
+template <class Derived, class Element>
+class Container : public Object {
+public:
+    using ElementType = Element;
+
+    std::int32_t Count() const noexcept { return static_cast<std::int32_t>(store_.size()); }
+
+    Ref<Enumerator> NewEnum() const {
+        std::vector<Variant> items;
+        items.reserve(store_.size());
+        store_.forEach([&](const Element& e) { items.push_back(ElementOps<Element>::toVariant(e)); });
+        return make<Enumerator>(std::move(items));
+    }
+
+    Ref<Derived> GetCopy() const {
+        auto copy = make<Derived>();
+        copy->SetFromObject(Ref<Derived>(const_cast<Derived*>(&self())));
+        return copy;
+    }
+
+    // C++ iteration over the stored elements.
+    const KeyedStore<Element>& elements() const noexcept { return store_; }
+
+protected:
+    // Label and count; above level 1 ", Items: {", each element one level
+    // down, "}"; then "}". A failing element rendering is skipped and the
+    // rest still print.
+    Text render(std::int16_t infoLevel) const {
+        Text out = Text(Derived::Label) + fromUtf8(std::to_string(Count()));
+        if (infoLevel > 1) {
+            out += u", Items: {";
+            store_.forEach([&](const Element& e) {
+                try {
+                    out += ElementOps<Element>::renderItem(e, static_cast<std::int16_t>(infoLevel - 1));
+                } catch (const Error&) {
+                }
+            });
+            out += u"}";
+        }
+        return out + u"}";
+    }
+
+    // Default policy hooks; an instance hides the ones it needs: check may
+    // refuse an element before it is added, accepted follows a successful
+    // add, the header hooks copy and compare the instance's own fields, and
+    // describeHeader lists those fields ahead of the container's members.
+    void check(const Element&) const {}
+    void accepted(const Element&) {}
+    void copyHeaderFrom(const Derived&) {}
+    bool headerEquals(const Derived&) const { return true; }
+    static void describeHeader(ClassBuilder<Derived>&) {}
+
+    Derived& self() { return static_cast<Derived&>(*this); }
+    const Derived& self() const { return static_cast<const Derived&>(*this); }
+
+    KeyedStore<Element> store_;
+};
+
+}  // namespace tylhart
