@@ -1,0 +1,87 @@
+#include "tylhart/external/CUnitConverter.hpp"
+
+#include <span>
+#include <unordered_map>
+#include <vector>
+
+namespace tylhart {
+
+namespace {
+
+constexpr char16_t ConvertSource[] = u"CUnitConverter.ConvertUnit";
+
+// Name look-ups, built once from the table: exact spellings, and the
+// case-folded spellings with every unit that folds to them.
+struct UnitIndex {
+    std::unordered_map<TextView, const UnitDefinition*> exact;
+    std::unordered_map<Text, std::vector<const UnitDefinition*>> folded;
+
+    UnitIndex() {
+        for (const UnitDefinition& u : CUnitConverter::units()) {
+            exact.emplace(u.name, &u);
+            folded[foldCase(u.name)].push_back(&u);
+        }
+    }
+};
+
+const UnitIndex& unitIndex() {
+    static const UnitIndex index;
+    return index;
+}
+
+Text quoted(TextView unit) { return u"\"" + Text(unit) + u"\""; }
+
+// The units Name may mean: its exact spelling, else every unit that equals
+// it without regard to case (none, one, or several when ambiguous).
+std::span<const UnitDefinition* const> candidatesFor(TextView name) {
+    const UnitIndex& index = unitIndex();
+    if (auto it = index.exact.find(name); it != index.exact.end()) return {&it->second, 1};
+    if (auto it = index.folded.find(foldCase(name)); it != index.folded.end()) return it->second;
+    return {};
+}
+
+// The unit named Name, or a raise that says why there is none.
+const UnitDefinition& resolve(const Text& name) {
+    auto candidates = candidatesFor(name);
+    if (candidates.empty()) errors::raise(ConvertSource, u"The unit " + quoted(name) + u" is unknown!");
+    if (candidates.size() > 1) {
+        // Differently cased spellings of other units: guessing one would be
+        // off by a factor of a million or more.
+        Text names;
+        for (const UnitDefinition* u : candidates) {
+            if (!names.empty()) names += u" or ";
+            names += u->name;
+        }
+        errors::raise(ConvertSource, u"The unit " + quoted(name) + u" is ambiguous (" + names + u")!");
+    }
+    return *candidates.front();
+}
+
+}  // namespace
+
+const UnitDefinition* CUnitConverter::findUnit(TextView name) {
+    auto candidates = candidatesFor(name);
+    return candidates.size() == 1 ? candidates.front() : nullptr;
+}
+
+double CUnitConverter::ConvertUnit(double value, const Text& fromUnit, const Text& toUnit) const {
+    const UnitDefinition& from = resolve(fromUnit);
+    const UnitDefinition& to = resolve(toUnit);
+    if (from.family != to.family)
+        errors::raise(ConvertSource, u"Cannot convert " + quoted(fromUnit) + u" (" + familyName(from.family) +
+                                         u") to " + quoted(toUnit) + u" (" + familyName(to.family) + u")!");
+    if (&from == &to) return value;
+    return (value + from.offset) * from.factor / to.factor - to.offset;
+}
+
+const ClassInfo& CUnitConverter::staticClassInfo() {
+    static const ClassInfo info =
+        ClassBuilder<CUnitConverter>(TypeName)
+            .method(u"ConvertUnit", &CUnitConverter::ConvertUnit,
+                    {required(u"Value"), required(u"FromUnit"), required(u"ToUnit")})
+            .withId(ConvertUnitId)
+            .build([] { return Ref<Object>(make<CUnitConverter>()); });
+    return info;
+}
+
+}  // namespace tylhart
