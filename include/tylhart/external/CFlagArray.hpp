@@ -1,0 +1,47 @@
+// CFlagArray: this library's own fixed-length array of Boolean flags, the
+// store behind the class and status flags. Its users reach it only late
+// bound, by the identifiers below, so those identifiers are its interface.
+#pragma once
+
+#include <vector>
+
+#include "tylhart/core/Dispatch.hpp"
+
+namespace tylhart {
+
+class CFlagArray final : public Object {
+    TYLHART_CLASS(CFlagArray)
+public:
+    static constexpr DispId FlagId = DispIdValue;  // the default member
+    static constexpr DispId FlagTextId = 102;
+    static constexpr DispId FlagCountId = 103;
+
+    // A new array holds no flags; every flag a resize adds starts clear.
+    std::int32_t FlagCount() const noexcept { return static_cast<std::int32_t>(flags_.size()); }
+    // Keeps the flags below the new count. A negative count is the runtime's
+    // "Invalid procedure call or argument" (5), nothing changed.
+    void SetFlagCount(std::int32_t count);
+
+    // An index outside 0 .. FlagCount - 1 is the runtime's "Subscript out of
+    // range" (9), as for any array. Late-bound callers may pass the value as
+    // any number: it is stored as "not zero".
+    bool Flag(std::int32_t index) const;
+    void SetFlag(std::int32_t index, bool value);
+
+    // One character per flag in index order, "1" set and "0" clear. Equal
+    // flags give equal texts, and a text read from one array writes the same
+    // flags into another of the same count: owners copy and compare by it.
+    Text FlagText() const;
+    // All or nothing: a text whose length is not FlagCount is the runtime's
+    // "Invalid procedure call or argument" (5); a character other than "0"
+    // or "1" is its "Type mismatch" (13). Both are checked before any flag
+    // changes.
+    void SetFlagText(const Text& text);
+
+private:
+    std::size_t checkedIndex(std::int32_t index) const;
+
+    std::vector<bool> flags_;
+};
+
+}  // namespace tylhart

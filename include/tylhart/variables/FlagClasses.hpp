@@ -1,0 +1,147 @@
+// The flag classes: CVariableClass, CMethodClass, CStatusClass and
+// COutputStatusClass. Each keeps a set of Boolean flags, indexed by the
+// values of one enumeration, in a flag array that it creates, owns and
+// reaches only late bound by the array's identifiers (0 the flag, 102 the
+// flag text, 103 the flag count).
+#pragma once
+
+#include "tylhart/core/Dispatch.hpp"
+
+namespace tylhart {
+
+class COutputStatusClassSet;
+
+namespace detail {
+
+// The owner's link to its one flag array. Flag indexes go to the array
+// unchecked: whatever it does with an index outside its count reaches the
+// caller unchanged.
+class FlagArrayLink {
+public:
+    explicit FlagArrayLink(std::int32_t count);
+
+    const Ref<Object>& object() const noexcept { return array_; }
+    bool flag(std::int32_t index) const;
+    // Written as a Long: -1 for True, 0 for False.
+    void setFlag(std::int32_t index, bool value);
+    Text text() const;
+    void setText(const Text& text);
+
+private:
+    Ref<Object> array_;
+};
+
+}  // namespace detail
+
+// What the four classes share: a flag array of Count flags for the values
+// 0 .. Count - 1 of Index, made with the object and never replaced, and a
+// GetCopy that is a new object plus its SetFromObject. Each class adds its
+// own accessors, fields, copy, comparison and rendering.
+template <class Derived, class Index, std::int32_t Count>
+class FlagClass : public Object {
+public:
+    using FlagIndex = Index;
+    static constexpr std::int32_t FlagCount = Count;
+
+    Ref<Derived> GetCopy() const {
+        auto copy = make<Derived>();
+        copy->SetFromObject(Ref<Derived>(const_cast<Derived*>(static_cast<const Derived*>(this))));
+        return copy;
+    }
+
+protected:
+    FlagClass() : flags_(Count) {}
+
+    // The array itself, not a copy: changes made through it are the owner's.
+    const Ref<Object>& flagArray() const noexcept { return flags_.object(); }
+    bool flag(Index index) const { return flags_.flag(index); }
+    void setFlag(Index index, bool value) { flags_.setFlag(index, value); }
+    Text flagText() const { return flags_.text(); }
+    void setFlagText(const Text& text) { flags_.setText(text); }
+
+    // The flag accessors pass their index to the array by reference.
+    static Param indexParam() { return Param{u"Index", Missing{}, false, true}; }
+
+private:
+    detail::FlagArrayLink flags_;
+};
+
+// The CLASS of a variable or bit enumerator: 13 flags, one per
+// enumDDVariableClassType value.
+class CVariableClass final : public FlagClass<CVariableClass, enumDDVariableClassType, 13> {
+    TYLHART_CLASS(CVariableClass)
+public:
+    Ref<Object> GetClassInfoObj() const { return flagArray(); }
+    bool ClassInfo(enumDDVariableClassType index) const { return flag(index); }
+    void SetClassInfo(enumDDVariableClassType index, bool value) { setFlag(index, value); }
+
+    // Copies and compares the flag text, nothing else.
+    void SetFromObject(const Ref<CVariableClass>& toCopy);
+    bool Compare(const Ref<CVariableClass>& toCompare) const;
+    Variant ToString(std::int16_t infoLevel = 1) const;
+};
+
+// The CLASS of a method: 11 flags, one per enumDDMethodClass value.
+class CMethodClass final : public FlagClass<CMethodClass, enumDDMethodClass, 11> {
+    TYLHART_CLASS(CMethodClass)
+public:
+    Ref<Object> GetClassInfoObj() const { return flagArray(); }
+    bool ClassInfo(enumDDMethodClass index) const { return flag(index); }
+    void SetClassInfo(enumDDMethodClass index, bool value) { setFlag(index, value); }
+
+    void SetFromObject(const Ref<CMethodClass>& toCopy);
+    bool Compare(const Ref<CMethodClass>& toCompare) const;
+    Variant ToString(std::int16_t infoLevel = 1) const;
+};
+
+// One output status class entry: kind, range and the two mode flags.
+class COutputStatusClass final
+    : public FlagClass<COutputStatusClass, enumDDOutputStatusClassMode, 2> {
+    TYLHART_CLASS(COutputStatusClass)
+public:
+    std::int32_t Range = 0;
+
+    Ref<Object> GetModeObj() const { return flagArray(); }
+    bool Mode(enumDDOutputStatusClassMode index) const { return flag(index); }
+    void SetMode(enumDDOutputStatusClassMode index, bool value) { setFlag(index, value); }
+
+    enumDDOutputStatusClass Kind() const noexcept { return kind_; }
+    // Only ddosCDV .. ddosCALL; anything else is refused and the kind stays.
+    void SetKind(enumDDOutputStatusClass newKind);
+
+    // Kind goes through the checked setter first, so a source holding a bad
+    // kind is refused before anything is copied.
+    void SetFromObject(const Ref<COutputStatusClass>& toCopy);
+    bool Compare(const Ref<COutputStatusClass>& toCompare) const;
+    Variant ToString(std::int16_t infoLevel = 1) const;
+
+private:
+    enumDDOutputStatusClass kind_ = ddosCDV;
+};
+
+// The status classes of a bit enumerator: 16 "other" flags, one per
+// enumDDStatusOtherType value, and a set of output status classes.
+class CStatusClass final : public FlagClass<CStatusClass, enumDDStatusOtherType, 16> {
+    TYLHART_CLASS(CStatusClass)
+public:
+    CStatusClass();  // Output starts as a new empty set
+    ~CStatusClass() override;
+
+    // May be replaced or cleared; Nothing makes Compare and copying from
+    // this object fail with the missing-object error.
+    Ref<COutputStatusClassSet> Output;
+
+    Ref<Object> GetOtherObj() const { return flagArray(); }
+    bool Other(enumDDStatusOtherType index) const { return flag(index); }
+    void SetOther(enumDDStatusOtherType index, bool value) { setFlag(index, value); }
+
+    // Output becomes a deep copy of the source's set, never the same set.
+    void SetFromObject(const Ref<CStatusClass>& toCopy);
+    bool Compare(const Ref<CStatusClass>& toCompare) const;
+    Variant ToString(std::int16_t infoLevel = 1) const;
+};
+
+}  // namespace tylhart
+
+// CStatusClass.Output is usable wherever the flag classes are included.
+#include "tylhart/variables/COutputStatusClassSet.hpp"

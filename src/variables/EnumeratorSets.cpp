@@ -1,0 +1,27 @@
+#include "tylhart/variables/EnumeratorSets.hpp"
+
+#include <string>
+
+namespace tylhart {
+
+Text EnumeratorValueKey::keyText(std::int32_t value) { return fromUtf8(std::to_string(value)); }
+
+Ref<CEnumerator> CEnumeratorSet::FindItem(std::int32_t value) const {
+    auto found = findKeyText(keyText(value));
+    if (!found) return {};
+    return ElementOps<Ref<CEnumerator>>::copy(elements()[*found]);
+}
+
+Ref<CBitEnumerator> CBitEnumeratorSet::FindItem(std::int32_t value) const { return findByKeyText(keyText(value)); }
+
+const ClassInfo& CEnumeratorSet::staticClassInfo() {
+    static const ClassInfo info = describe();
+    return info;
+}
+
+const ClassInfo& CBitEnumeratorSet::staticClassInfo() {
+    static const ClassInfo info = describe();
+    return info;
+}
+
+}  // namespace tylhart

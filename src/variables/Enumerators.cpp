@@ -1,0 +1,144 @@
+#include "tylhart/variables/Enumerators.hpp"
+
+#include <string>
+
+#include "tylhart/containers/Elements.hpp"
+
+namespace tylhart {
+
+namespace {
+
+Text decimal(std::int32_t v) { return fromUtf8(std::to_string(v)); }
+
+template <class T>
+const T& checked(const Ref<T>& other) {
+    if (!other) errors::raise(errors::Runtime::ObjectNotSet);
+    return *other;
+}
+
+// Both absent match, one absent differs, both present is the child's own
+// comparison.
+template <class T>
+bool childrenEqual(const Ref<T>& mine, const Ref<T>& theirs) {
+    if (!mine || !theirs) return !mine && !theirs;
+    return mine->Compare(theirs);
+}
+
+// ", Label:" and the child one level down; nothing at all when absent.
+template <class T>
+Text renderChild(const char16_t* label, const Ref<T>& child, std::int16_t infoLevel) {
+    if (!child) return Text();
+    return label + concatText(child->ToString(static_cast<std::int16_t>(infoLevel - 1)));
+}
+
+// The copy of the source's child when it has one, else the receiver's own.
+template <class T>
+Ref<T> copiedOrKept(const Ref<T>& source, const Ref<T>& kept) {
+    return source ? source->GetCopy() : kept;
+}
+
+template <class C>
+void describeProtocol(ClassBuilder<C>& b) {
+    b.method(u"GetCopy", &C::GetCopy)
+        .method(u"SetFromObject", &C::SetFromObject, {required(u"ToCopy")})
+        .method(u"Compare", &C::Compare, {required(u"ToCompare")})
+        .method(u"ToString", &C::ToString, {optional(u"InfoLevel", std::int16_t{1})});
+}
+
+}  // namespace
+
+// ---- CEnumerator ----
+
+Ref<CEnumerator> CEnumerator::GetCopy() const {
+    auto copy = make<CEnumerator>();
+    copy->SetFromObject(Ref<CEnumerator>(const_cast<CEnumerator*>(this)));
+    return copy;
+}
+
+void CEnumerator::SetFromObject(const Ref<CEnumerator>& toCopy) {
+    const CEnumerator& source = checked(toCopy);
+    Value = source.Value;
+    Description = source.Description;
+    Help = source.Help;
+}
+
+bool CEnumerator::Compare(const Ref<CEnumerator>& toCompare) const {
+    const CEnumerator& other = checked(toCompare);
+    return Value == other.Value && Description == other.Description && Help == other.Help;
+}
+
+Variant CEnumerator::ToString(std::int16_t infoLevel) const {
+    if (infoLevel < 1) return Variant();
+    Text out = u"Enumerator{Description:" + Description;
+    if (infoLevel > 1) out += u", Value:" + decimal(Value) + u", Help:" + Help;
+    return out + u"}";
+}
+
+const ClassInfo& CEnumerator::staticClassInfo() {
+    static const ClassInfo info = [] {
+        ClassBuilder<CEnumerator> b(TypeName);
+        b.field(u"Value", &CEnumerator::Value)
+            .field(u"Description", &CEnumerator::Description)
+            .field(u"Help", &CEnumerator::Help);
+        describeProtocol(b);
+        return b.build([] { return Ref<Object>(make<CEnumerator>()); });
+    }();
+    return info;
+}
+
+// ---- CBitEnumerator ----
+
+Ref<CBitEnumerator> CBitEnumerator::GetCopy() const {
+    auto copy = make<CBitEnumerator>();
+    copy->SetFromObject(Ref<CBitEnumerator>(const_cast<CBitEnumerator*>(this)));
+    return copy;
+}
+
+void CBitEnumerator::SetFromObject(const Ref<CBitEnumerator>& toCopy) {
+    const CBitEnumerator& source = checked(toCopy);
+    Ref<CVariableClass> newClass = copiedOrKept(source.Class, Class);
+    Ref<CStatusClass> newStatus = copiedOrKept(source.Status, Status);
+    Ref<CDefinition> newMethod = copiedOrKept(source.Method, Method);
+    Value = source.Value;
+    Description = source.Description;
+    Help = source.Help;
+    Class = std::move(newClass);
+    Status = std::move(newStatus);
+    Method = std::move(newMethod);
+}
+
+bool CBitEnumerator::Compare(const Ref<CBitEnumerator>& toCompare) const {
+    const CBitEnumerator& other = checked(toCompare);
+    return Value == other.Value && Description == other.Description && Help == other.Help &&
+           childrenEqual(Class, other.Class) && childrenEqual(Status, other.Status) &&
+           childrenEqual(Method, other.Method);
+}
+
+Variant CBitEnumerator::ToString(std::int16_t infoLevel) const {
+    if (infoLevel < 1) return Variant();
+    Text out = u"BitEnumerator{Description:" + Description;
+    if (infoLevel > 1) {
+        out += u", Value:" + decimal(Value) + u", Help:" + Help;
+        out += renderChild(u", Class:", Class, infoLevel);
+        out += renderChild(u", Status:", Status, infoLevel);
+        out += renderChild(u", Method:", Method, infoLevel);
+    }
+    return out + u"}";
+}
+
+const ClassInfo& CBitEnumerator::staticClassInfo() {
+    static const ClassInfo info = [] {
+        ClassBuilder<CBitEnumerator> b(TypeName);
+        b.field(u"Value", &CBitEnumerator::Value)
+            .field(u"Description", &CBitEnumerator::Description)
+            .field(u"Help", &CBitEnumerator::Help)
+            .field(u"Class", &CBitEnumerator::Class)
+            .field(u"Status", &CBitEnumerator::Status)
+            .field(u"Method", &CBitEnumerator::Method);
+        describeProtocol(b);
+        return b.build([] { return Ref<Object>(make<CBitEnumerator>()); });
+    }();
+    return info;
+}
+
+}  // namespace tylhart

@@ -1,0 +1,198 @@
+#include "tylhart/variables/FlagClasses.hpp"
+
+#include <string>
+
+#include "tylhart/containers/Elements.hpp"
+#include "tylhart/external/CFlagArray.hpp"
+
+namespace tylhart {
+
+namespace detail {
+
+namespace {
+constexpr DispId FlagId = CFlagArray::FlagId;
+constexpr DispId FlagTextId = CFlagArray::FlagTextId;
+constexpr DispId FlagCountId = CFlagArray::FlagCountId;
+}  // namespace
+
+FlagArrayLink::FlagArrayLink(std::int32_t count) : array_(make<CFlagArray>()) {
+    const Variant args[] = {Variant(count)};
+    invoke(*array_, FlagCountId, Access::Let, args);
+}
+
+bool FlagArrayLink::flag(std::int32_t index) const {
+    const Variant args[] = {Variant(index)};
+    return invoke(*array_, FlagId, Access::Get, args).toBoolean();
+}
+
+void FlagArrayLink::setFlag(std::int32_t index, bool value) {
+    const Variant args[] = {Variant(index), Variant(std::int32_t{value ? -1 : 0})};
+    invoke(*array_, FlagId, Access::Let, args);
+}
+
+Text FlagArrayLink::text() const { return invoke(*array_, FlagTextId, Access::Get).toText(); }
+
+void FlagArrayLink::setText(const Text& text) {
+    const Variant args[] = {Variant(text)};
+    invoke(*array_, FlagTextId, Access::Let, args);
+}
+
+}  // namespace detail
+
+namespace {
+
+Text decimal(std::int32_t v) { return fromUtf8(std::to_string(v)); }
+
+template <class T>
+const T& checked(const Ref<T>& other) {
+    if (!other) errors::raise(errors::Runtime::ObjectNotSet);
+    return *other;
+}
+
+// The members every flag class lists last, in this order.
+template <class C>
+void describeProtocol(ClassBuilder<C>& b) {
+    b.method(u"GetCopy", &C::GetCopy)
+        .method(u"SetFromObject", &C::SetFromObject, {required(u"ToCopy")})
+        .method(u"Compare", &C::Compare, {required(u"ToCompare")})
+        .method(u"ToString", &C::ToString, {optional(u"InfoLevel", std::int16_t{1})});
+}
+
+template <class C>
+Ref<Object> factory() {
+    return Ref<Object>(make<C>());
+}
+
+}  // namespace
+
+// ---- CVariableClass ----
+
+void CVariableClass::SetFromObject(const Ref<CVariableClass>& toCopy) {
+    setFlagText(checked(toCopy).flagText());
+}
+
+bool CVariableClass::Compare(const Ref<CVariableClass>& toCompare) const {
+    return flagText() == checked(toCompare).flagText();
+}
+
+Variant CVariableClass::ToString(std::int16_t infoLevel) const {
+    if (infoLevel < 1) return Variant();
+    return Text(u"VariableClass{Type:") + flagText() + u"}";
+}
+
+const ::tylhart::ClassInfo& CVariableClass::staticClassInfo() {
+    static const ::tylhart::ClassInfo info = [] {
+        ClassBuilder<CVariableClass> b(TypeName);
+        b.method(u"GetClassInfoObj", &CVariableClass::GetClassInfoObj)
+            .property(u"ClassInfo", &CVariableClass::ClassInfo, &CVariableClass::SetClassInfo, {indexParam()});
+        describeProtocol(b);
+        return b.build(factory<CVariableClass>);
+    }();
+    return info;
+}
+
+// ---- CMethodClass ----
+
+void CMethodClass::SetFromObject(const Ref<CMethodClass>& toCopy) { setFlagText(checked(toCopy).flagText()); }
+
+bool CMethodClass::Compare(const Ref<CMethodClass>& toCompare) const {
+    return flagText() == checked(toCompare).flagText();
+}
+
+Variant CMethodClass::ToString(std::int16_t infoLevel) const {
+    if (infoLevel < 1) return Variant();
+    return Text(u"MethodClass{Type:") + flagText() + u"}";
+}
+
+const ::tylhart::ClassInfo& CMethodClass::staticClassInfo() {
+    static const ::tylhart::ClassInfo info = [] {
+        ClassBuilder<CMethodClass> b(TypeName);
+        b.method(u"GetClassInfoObj", &CMethodClass::GetClassInfoObj)
+            .property(u"ClassInfo", &CMethodClass::ClassInfo, &CMethodClass::SetClassInfo, {indexParam()});
+        describeProtocol(b);
+        return b.build(factory<CMethodClass>);
+    }();
+    return info;
+}
+
+// ---- COutputStatusClass ----
+
+void COutputStatusClass::SetKind(enumDDOutputStatusClass newKind) {
+    if (newKind < ddosCDV || newKind > ddosCMax) errors::raise(u"COutputStatusClass.Kind", errors::IndexOutOfRange);
+    kind_ = newKind;
+}
+
+void COutputStatusClass::SetFromObject(const Ref<COutputStatusClass>& toCopy) {
+    const COutputStatusClass& source = checked(toCopy);
+    SetKind(source.kind_);
+    Range = source.Range;
+    setFlagText(source.flagText());
+}
+
+bool COutputStatusClass::Compare(const Ref<COutputStatusClass>& toCompare) const {
+    const COutputStatusClass& other = checked(toCompare);
+    return kind_ == other.kind_ && Range == other.Range && flagText() == other.flagText();
+}
+
+Variant COutputStatusClass::ToString(std::int16_t infoLevel) const {
+    if (infoLevel < 1) return Variant();
+    // The label's spelling is part of the output format: callers may parse
+    // this label, so it stays letter for letter.
+    Text out = u"OutputStatusClass{BESCHEIBUNG:" + flagText();
+    if (infoLevel > 1) out += u", Kind:" + decimal(kind_) + u", Range:" + decimal(Range);
+    return out + u"}";
+}
+
+const ::tylhart::ClassInfo& COutputStatusClass::staticClassInfo() {
+    static const ::tylhart::ClassInfo info = [] {
+        ClassBuilder<COutputStatusClass> b(TypeName);
+        b.field(u"Range", &COutputStatusClass::Range)
+            .method(u"GetModeObj", &COutputStatusClass::GetModeObj)
+            .property(u"Mode", &COutputStatusClass::Mode, &COutputStatusClass::SetMode, {indexParam()})
+            .property(u"Kind", &COutputStatusClass::Kind, &COutputStatusClass::SetKind);
+        describeProtocol(b);
+        return b.build(factory<COutputStatusClass>);
+    }();
+    return info;
+}
+
+// ---- CStatusClass ----
+
+CStatusClass::CStatusClass() : Output(make<COutputStatusClassSet>()) {}
+
+CStatusClass::~CStatusClass() = default;
+
+void CStatusClass::SetFromObject(const Ref<CStatusClass>& toCopy) {
+    const CStatusClass& source = checked(toCopy);
+    Ref<COutputStatusClassSet> output = checked(source.Output).GetCopy();
+    Text flags = source.flagText();
+    Output = std::move(output);
+    setFlagText(flags);
+}
+
+bool CStatusClass::Compare(const Ref<CStatusClass>& toCompare) const {
+    const CStatusClass& other = checked(toCompare);
+    return checked(Output).Compare(other.Output) && flagText() == other.flagText();
+}
+
+Variant CStatusClass::ToString(std::int16_t infoLevel) const {
+    if (infoLevel < 1) return Variant();
+    Text out = u"StatusClass{Other:" + flagText();
+    if (infoLevel > 1 && Output)
+        out += u", Output:" + concatText(Output->ToString(static_cast<std::int16_t>(infoLevel - 1)));
+    return out + u"}";
+}
+
+const ::tylhart::ClassInfo& CStatusClass::staticClassInfo() {
+    static const ::tylhart::ClassInfo info = [] {
+        ClassBuilder<CStatusClass> b(TypeName);
+        b.field(u"Output", &CStatusClass::Output)
+            .method(u"GetOtherObj", &CStatusClass::GetOtherObj)
+            .property(u"Other", &CStatusClass::Other, &CStatusClass::SetOther, {indexParam()});
+        describeProtocol(b);
+        return b.build(factory<CStatusClass>);
+    }();
+    return info;
+}
+
+}  // namespace tylhart

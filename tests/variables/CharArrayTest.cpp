@@ -1,0 +1,92 @@
+#include "TestSupport.hpp"
+#include "tylhart/variables/CCharArray.hpp"
+
+namespace tylhart::test {
+namespace {
+
+using namespace std::string_literals;
+
+const ErrorRecord BadIndex = libraryError("CCharArray.Char", errors::IndexOutOfRange);
+
+Ref<CCharArray> arrayOf(std::int32_t size, const Text& content) {
+    auto a = make<CCharArray>();
+    a->Size = size;
+    a->SetText(content);
+    return a;
+}
+
+TEST(CharArray, TextReadsBackAsWrittenAndAFixedSizeCutsOrPads) {
+    auto a = make<CCharArray>();
+    EXPECT_EQ(a->Size, -1);
+    EXPECT_EQ(text(a->ToString(2)), "CharArray{Text:, Size:-1}");
+    a->SetText(u"ABCDEF");
+    a->SetText(u"AB");  // a shorter text leaves no tail of the longer one
+    EXPECT_EQ(a->text(), u"AB");
+    EXPECT_EQ(a->Char(0), 65);
+    EXPECT_EQ(a->Char(5), 0);
+    a->Size = 4;  // the stored bytes stay; reads now give Size characters
+    EXPECT_EQ(a->text(), u"AB\0\0"s);
+    EXPECT_EQ(text(a->ToString(2)), "CharArray{Text:AB, Size:4}");
+    a->SetText(u"ABCDEF");
+    EXPECT_EQ(a->text(), u"ABCD");
+    a->Size = 2;  // the rendering shows what text shows
+    EXPECT_EQ(text(a->ToString()), "CharArray{Text:AB}");
+    EXPECT_TRUE(a->ToString(0).isEmpty());
+    auto unsized = arrayOf(0, u"xyz");  // size 0 stores text as given but refuses every Char write
+    EXPECT_EQ(unsized->text(), u"xyz");
+    EXPECT_EQ(raised([&] { unsized->SetChar(0, 65); }), BadIndex);
+}
+
+TEST(CharArray, BytesGoInOneByOneAndRenderUpToTheFirstNul) {
+    auto a = make<CCharArray>();
+    a->SetChar(4, 65);  // no fixed size: any index, the gap reads NUL
+    EXPECT_EQ(a->text(), u"\0\0\0\0A"s);
+    a->SetFromByteArray({});  // no elements: Size stays and nothing is read
+    EXPECT_EQ(a->Size, -1);
+    call(a, u"SetFromByteArray", ByteArray{0x41, 0x00, 0x42});
+    EXPECT_EQ(a->text(), u"A\0B"s);
+    EXPECT_EQ(text(a->ToString(2)), "CharArray{Text:A, Size:3}");
+}
+
+// Each refused call leaves Size and the stored text as they were.
+TEST(CharArray, RefusedCallsReportTheirErrorAndChangeNothing) {
+    const std::pair<std::function<void(const Ref<CCharArray>&)>, ErrorRecord> cases[] = {
+        {[](const Ref<CCharArray>& a) { a->Char(-1); }, BadIndex},
+        {[](const Ref<CCharArray>& a) { a->SetChar(-1, 65); }, BadIndex},
+        {[](const Ref<CCharArray>& a) { a->SetChar(4, 65); }, BadIndex},
+        {[](const Ref<CCharArray>& a) { a->SetText(u"\u20AC"); }, platformError(errors::Runtime::Overflow)},
+        {[](const Ref<CCharArray>& a) { a->SetFromByteArray({}); }, platformError(errors::Runtime::SubscriptOutOfRange)},
+        {[](const Ref<CCharArray>& a) { call(a, u"SetFromByteArray", Text(u"ABCD")); },
+         platformError(errors::Runtime::TypeMismatch)},
+        {[](const Ref<CCharArray>& a) {
+             const Variant args[] = {Variant(std::int32_t{0}), Variant(std::int32_t{256})};
+             invoke(a, u"Char", Access::Let, args);
+         },
+         platformError(errors::Runtime::Overflow)},
+    };
+    for (const auto& [refused, expected] : cases) {
+        auto a = arrayOf(4, u"abcd");
+        EXPECT_EQ(raised([&] { refused(a); }), expected);
+        EXPECT_EQ(a->Size, 4);
+        EXPECT_EQ(a->text(), u"abcd");
+    }
+}
+
+TEST(CharArray, IsReachableByNameAndIdentifier) {
+    Ref<Object> a = make<CCharArray>();
+    const Variant value[] = {Variant(Text(u"Hi"))};
+    invoke(*a, DispIdValue, Access::Let, value);
+    EXPECT_EQ(get(a, u"TEXT"), value[0]);
+    const Variant index[] = {Variant(std::int32_t{1})};
+    EXPECT_EQ(invoke(a, u"Char", Access::Get, index), Variant(std::uint8_t{'i'}));
+    EXPECT_EQ(raised([&] { call(a, u"SetFromByteArray"); }).number, static_cast<std::int32_t>(0x800A01C1u));
+    const std::pair<const char16_t*, DispId> ids[] = {{u"Size", 0x40030000},
+                                                      {u"text", 0},
+                                                      {u"Char", 0x68030001},
+                                                      {u"SetFromByteArray", 0x60030002},
+                                                      {u"ToString", 0x60030003}};
+    for (const auto& [name, id] : ids) EXPECT_EQ(dispIdOfName(*a, name), id) << toUtf8(name);
+}
+
+}  // namespace
+}  // namespace tylhart::test
