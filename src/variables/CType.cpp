@@ -1,0 +1,424 @@
+#include "tylhart/variables/CType.hpp"
+
+#include <array>
+#include <initializer_list>
+#include <string>
+
+namespace tylhart {
+
+namespace {
+
+// The highest kind the Kind let accepts: the time-value kind 15, one above
+// the enumeration's ddvTMax.
+constexpr std::int32_t HighestKind = ddvTMax15;
+
+constexpr std::uint16_t kinds(std::initializer_list<int> list) {
+    std::uint16_t mask = 0;
+    for (int k : list) mask = static_cast<std::uint16_t>(mask | (1u << k));
+    return mask;
+}
+constexpr std::uint16_t Numeric = kinds({ddvTFloat, ddvTDouble, ddvTInt, ddvTUnsigned});
+constexpr std::uint16_t Formatted = Numeric | kinds({ddvTTimeValue});
+constexpr std::uint16_t AllButFloats = static_cast<std::uint16_t>(0xFFFFu & ~kinds({ddvTFloat, ddvTDouble}));
+
+struct KindRule {
+    std::uint16_t allowedKinds;  // bit k set: kind k owns the member
+    const char16_t* source;
+};
+
+// One row per CType::Checked member, in its order. The errors report the
+// "Type." prefix, not the class name, and MaxBitEnumIndex reports
+// "Type.MaxEnumIndex" while also admitting the enumerator kind: clients
+// match on these sources, so they stay as they are.
+constexpr std::array<KindRule, 15> kindRules{{
+    {AllButFloats, u"Type.Size"},
+    {Numeric, u"Type.MaxRangeNo"},
+    {Numeric, u"Type.MinValues"},
+    {Numeric, u"Type.MaxValues"},
+    {Numeric, u"Type.ScalingFactor"},
+    {Formatted, u"Type.DisplayFormat"},
+    {Formatted, u"Type.EditFormat"},
+    {kinds({ddvTTimeValue}), u"Type.TimeFormat"},
+    {kinds({ddvTTimeValue}), u"Type.ScaleQualifier"},
+    {kinds({ddvTEnumerator}), u"Type.MaxEnumIndex"},
+    {kinds({ddvTEnumerator, ddvTBitEnumerator}), u"Type.MaxEnumIndex"},
+    {kinds({ddvTEnumerator}), u"Type.Enumerators"},
+    {kinds({ddvTBitEnumerator}), u"Type.BitEnumerators"},
+    {kinds({ddvTIndex}), u"Type.ArrayObject"},
+    {kinds({ddvTIndex}), u"Type.Domain"},
+}};
+
+constexpr char16_t KindSource[] = u"Type.Kind";
+
+bool between(std::int32_t kind, std::int32_t low, std::int32_t high) { return kind >= low && kind <= high; }
+bool ownsSize(std::int32_t kind) { return between(kind, ddvTInt, ddvTBitString); }
+bool ownsRanges(std::int32_t kind) { return between(kind, ddvTFloat, ddvTUnsigned); }
+
+template <class T>
+T& checked(const Ref<T>& other) {
+    if (!other) errors::raise(errors::Runtime::ObjectNotSet);
+    return *other;
+}
+
+template <class V>
+auto& valueAt(V& values, std::int32_t index) {
+    if (index < 0 || static_cast<std::size_t>(index) >= values.size())
+        errors::raise(errors::Runtime::SubscriptOutOfRange);
+    return values[static_cast<std::size_t>(index)];
+}
+
+// Both Null match, one Null differs, otherwise the runtime's comparison.
+bool rangeEndsMatch(const Variant& a, const Variant& b) {
+    if (a.isNull() || b.isNull()) return a.isNull() && b.isNull();
+    return variantEquals(a, b);
+}
+
+Text decimal(std::int32_t v) { return fromUtf8(std::to_string(v)); }
+
+}  // namespace
+
+void CType::require(Checked member) const {
+    if (!CheckForExactKind || kind_ < 0) return;
+    const KindRule& rule = kindRules[static_cast<std::size_t>(member)];
+    if ((rule.allowedKinds & (1u << kind_)) == 0) errors::raise(rule.source, errors::WrongKind);
+}
+
+// The change check comes first, so changing a fixed kind to an out-of-range
+// value reports the "Once a Kind" message.
+void CType::checkKindChange(enumDDVariableType newKind) const {
+    if (kind_ >= 0 && newKind != kind_) errors::raise(KindSource, errors::KindFixed);
+    if (newKind < 0 || newKind > HighestKind) errors::raise(KindSource, errors::KindOutOfRange);
+}
+
+void CType::SetKind(enumDDVariableType newKind) {
+    checkKindChange(newKind);
+    kind_ = newKind;
+}
+
+std::int16_t CType::Size() const {
+    require(Checked::Size);
+    return size_;
+}
+void CType::SetSize(std::int16_t newSize) {
+    require(Checked::Size);
+    size_ = newSize;
+}
+
+std::int16_t CType::MaxRangeNo() const {
+    require(Checked::MaxRangeNo);
+    return rangeCount_;
+}
+void CType::SetMaxRangeNo(std::int16_t newCount) {
+    require(Checked::MaxRangeNo);
+    const std::size_t slots = newCount < 0 ? 1 : static_cast<std::size_t>(newCount) + 1;
+    std::vector<Variant> mins(slots, Variant(Null{}));
+    std::vector<Variant> maxs(slots, Variant(Null{}));
+    rangeCount_ = newCount;
+    minValues_ = std::move(mins);
+    maxValues_ = std::move(maxs);
+}
+
+Variant CType::MinValues(std::int32_t index) const {
+    require(Checked::MinValues);
+    return valueAt(minValues_, index);
+}
+void CType::SetMinValues(std::int32_t index, const Variant& value) {
+    require(Checked::MinValues);
+    valueAt(minValues_, index) = value;
+}
+Variant CType::MaxValues(std::int32_t index) const {
+    require(Checked::MaxValues);
+    return valueAt(maxValues_, index);
+}
+void CType::SetMaxValues(std::int32_t index, const Variant& value) {
+    require(Checked::MaxValues);
+    valueAt(maxValues_, index) = value;
+}
+
+Variant CType::ScalingFactor() const {
+    require(Checked::ScalingFactor);
+    return scalingFactor_;
+}
+void CType::SetScalingFactor(const Variant& value) {
+    require(Checked::ScalingFactor);
+    scalingFactor_ = value;
+}
+
+Text CType::DisplayFormat() const {
+    require(Checked::DisplayFormat);
+    return displayFormat_;
+}
+void CType::SetDisplayFormat(Text value) {
+    require(Checked::DisplayFormat);
+    displayFormat_ = std::move(value);
+}
+Text CType::EditFormat() const {
+    require(Checked::EditFormat);
+    return editFormat_;
+}
+void CType::SetEditFormat(Text value) {
+    require(Checked::EditFormat);
+    editFormat_ = std::move(value);
+}
+
+std::int32_t CType::MaxEnumIndex() const {
+    require(Checked::MaxEnumIndex);
+    return enumeratorCount_;
+}
+void CType::SetMaxEnumIndex(std::int32_t value) {
+    require(Checked::MaxEnumIndex);
+    if (kind_ != ddvTEnumerator) return;
+    if (value > 0) EnumeratorSet = make<CEnumeratorSet>();
+    enumeratorCount_ = value;
+}
+std::int32_t CType::MaxBitEnumIndex() const {
+    require(Checked::MaxBitEnumIndex);
+    return enumeratorCount_;
+}
+void CType::SetMaxBitEnumIndex(std::int32_t value) {
+    require(Checked::MaxBitEnumIndex);
+    if (kind_ != ddvTBitEnumerator) return;
+    if (value > 0) BitEnumeratorSet = make<CBitEnumeratorSet>();
+    enumeratorCount_ = value;
+}
+
+Ref<CEnumerator> CType::Enumerators(std::int32_t index) const {
+    require(Checked::Enumerators);
+    try {
+        return checked(EnumeratorSet).FindItem(index);
+    } catch (const Error&) {
+        return {};
+    }
+}
+void CType::SetEnumerators(std::int32_t, const Ref<CEnumerator>& value) {
+    require(Checked::Enumerators);
+    try {
+        checked(EnumeratorSet).Remove(value);
+    } catch (const Error&) {
+    }
+    checked(EnumeratorSet).Add(value);
+}
+Ref<CBitEnumerator> CType::BitEnumerators(std::int32_t index) const {
+    require(Checked::BitEnumerators);
+    try {
+        return checked(BitEnumeratorSet).FindItem(index);
+    } catch (const Error&) {
+        return {};
+    }
+}
+void CType::SetBitEnumerators(std::int32_t, const Ref<CBitEnumerator>& value) {
+    require(Checked::BitEnumerators);
+    try {
+        checked(BitEnumeratorSet).Remove(value);
+    } catch (const Error&) {
+    }
+    checked(BitEnumeratorSet).Add(value);
+}
+
+Ref<CArray> CType::ArrayObject() const {
+    require(Checked::ArrayObject);
+    return arrayObject_;
+}
+void CType::SetArrayObject(const Ref<CArray>& value) {
+    require(Checked::ArrayObject);
+    arrayObject_ = value;
+}
+Ref<CValueSet> CType::Domain() const {
+    require(Checked::Domain);
+    return domain_;
+}
+void CType::SetDomain(const Ref<CValueSet>& value) {
+    require(Checked::Domain);
+    domain_ = value;
+}
+
+Text CType::TimeFormat() const {
+    require(Checked::TimeFormat);
+    return timeFormat_;
+}
+void CType::SetTimeFormat(Text value) {
+    require(Checked::TimeFormat);
+    timeFormat_ = std::move(value);
+}
+enumTimeScaleQualificationType CType::ScaleQualifier() const {
+    require(Checked::ScaleQualifier);
+    return scaleQualifier_;
+}
+void CType::SetScaleQualifier(enumTimeScaleQualificationType value) {
+    require(Checked::ScaleQualifier);
+    scaleQualifier_ = value;
+}
+
+Ref<CType> CType::GetCopy() const {
+    auto copy = make<CType>();
+    copy->SetFromObject(Ref<CType>(const_cast<CType*>(this)));
+    return copy;
+}
+
+void CType::SetFromObject(const Ref<CType>& toCopy) {
+    const CType& source = checked(toCopy);
+    const enumDDVariableType kind = source.Kind();
+    if (kind == ddvTUndefined) {
+        // The one way back to an undefined kind; nothing else is copied.
+        kind_ = ddvTUndefined;
+        return;
+    }
+    checkKindChange(kind);
+
+    // Everything is read (and every child copied) before anything changes,
+    // so a refused copy leaves this type as it was, and a type copied into
+    // itself keeps its ranges.
+    struct Ranges {
+        std::int16_t count = -1;
+        std::vector<Variant> mins, maxs;
+        Variant scaling;
+    } ranges;
+    if (ownsRanges(kind)) {
+        ranges.count = source.MaxRangeNo();
+        for (std::int32_t i = 0; i <= ranges.count; ++i) {
+            ranges.mins.push_back(source.MinValues(i));
+            ranges.maxs.push_back(source.MaxValues(i));
+        }
+        ranges.scaling = source.ScalingFactor();
+    }
+    Ref<CEnumeratorSet> enumerators;
+    Ref<CBitEnumeratorSet> bitEnumerators;
+    Ref<CArray> array;
+    Ref<CValueSet> domain;
+    if (kind == ddvTEnumerator) enumerators = checked(source.EnumeratorSet).GetCopy();
+    if (kind == ddvTBitEnumerator) bitEnumerators = checked(source.BitEnumeratorSet).GetCopy();
+    if (kind == ddvTIndex) {
+        array = checked(source.ArrayObject()).GetCopy();
+        domain = checked(source.Domain()).GetCopy();
+    }
+
+    SetKind(kind);
+    if (ownsSize(kind)) SetSize(source.Size());
+    if (ownsRanges(kind)) {
+        SetMaxRangeNo(ranges.count);
+        for (std::int32_t i = 0; i <= ranges.count; ++i) {
+            SetMinValues(i, ranges.mins[static_cast<std::size_t>(i)]);
+            SetMaxValues(i, ranges.maxs[static_cast<std::size_t>(i)]);
+        }
+        SetScalingFactor(ranges.scaling);
+        SetDisplayFormat(source.DisplayFormat());
+        SetEditFormat(source.EditFormat());
+    }
+    if (kind == ddvTEnumerator) {
+        SetMaxEnumIndex(source.MaxEnumIndex());
+        EnumeratorSet = std::move(enumerators);
+    }
+    if (kind == ddvTBitEnumerator) {
+        SetMaxBitEnumIndex(source.MaxBitEnumIndex());
+        BitEnumeratorSet = std::move(bitEnumerators);
+    }
+    if (kind == ddvTIndex) {
+        SetArrayObject(array);
+        SetDomain(domain);
+    }
+    if (kind == ddvTTimeValue) {
+        SetDisplayFormat(source.DisplayFormat());
+        SetEditFormat(source.EditFormat());
+        SetTimeFormat(source.TimeFormat());
+        SetScaleQualifier(source.ScaleQualifier());
+    }
+}
+
+bool CType::Compare(const Ref<CType>& toCompare) const {
+    const CType& other = checked(toCompare);
+    if (kind_ != other.kind_) return false;
+    if (kind_ == ddvTUndefined) return true;
+    if (ownsSize(kind_) && size_ != other.size_) return false;
+    if (ownsRanges(kind_)) {
+        if (rangeCount_ != other.rangeCount_) return false;
+        for (std::int32_t i = 0; i <= rangeCount_; ++i) {
+            if (!rangeEndsMatch(valueAt(minValues_, i), valueAt(other.minValues_, i))) return false;
+            if (!rangeEndsMatch(valueAt(maxValues_, i), valueAt(other.maxValues_, i))) return false;
+        }
+        // No tolerance; a Null on either side counts as a difference.
+        if (!variantEquals(scalingFactor_, other.scalingFactor_)) return false;
+        if (displayFormat_ != other.displayFormat_ || editFormat_ != other.editFormat_) return false;
+    }
+    if (kind_ == ddvTEnumerator)
+        return enumeratorCount_ == other.enumeratorCount_ && checked(EnumeratorSet).Compare(other.EnumeratorSet);
+    if (kind_ == ddvTBitEnumerator)
+        return enumeratorCount_ == other.enumeratorCount_ &&
+               checked(BitEnumeratorSet).Compare(other.BitEnumeratorSet);
+    if (kind_ == ddvTIndex)
+        return checked(arrayObject_).Compare(other.arrayObject_) && checked(domain_).Compare(other.domain_);
+    if (kind_ == ddvTTimeValue)
+        return timeFormat_ == other.timeFormat_ && scaleQualifier_ == other.scaleQualifier_ &&
+               displayFormat_ == other.displayFormat_ && editFormat_ == other.editFormat_;
+    return true;
+}
+
+Variant CType::ToString(std::int16_t infoLevel) const {
+    if (infoLevel < 1) return Variant();
+    // The kind's own closing brace is always written, so the text ends in
+    // two braces; callers compare this text.
+    Text out = u"Type{Kind:" + decimal(kind_) + u"}";
+    if (infoLevel >= 2 && kind_ >= 0) {
+        const auto child = static_cast<std::int16_t>(infoLevel - 1);
+        if (ownsSize(kind_)) out += u", Size:" + decimal(size_);
+        if (ownsRanges(kind_)) {
+            out += u", Ranges:{";
+            for (std::int32_t i = 0; i <= rangeCount_; ++i)
+                out += u" (" + decimal(i) + u":" + concatText(valueAt(minValues_, i)) + u" - " +
+                       concatText(valueAt(maxValues_, i)) + u")";
+            out += u"}, ScalingFactor:" + concatText(scalingFactor_) + u", DisplayFormat:" + displayFormat_ +
+                   u", EditFormat:" + editFormat_;
+        }
+        if (kind_ == ddvTEnumerator)
+            out += u", Enumerators:" + concatText(checked(EnumeratorSet).ToString(child));
+        if (kind_ == ddvTBitEnumerator)
+            out += u", BitEnumerators:" + concatText(checked(BitEnumeratorSet).ToString(child));
+        if (kind_ == ddvTIndex) {
+            if (arrayObject_) out += u", ArrayObject:" + concatText(arrayObject_->ToString(child));
+            // The array object's text again, under the domain's label; the
+            // domain itself is never printed. Callers compare this text.
+            if (domain_) out += u", Domain:" + concatText(checked(arrayObject_).ToString(child));
+        }
+        if (kind_ == ddvTTimeValue)
+            out += u", DisplayFormat:" + displayFormat_ + u", EditFormat:" + editFormat_ + u", TimeFormat:" +
+                   timeFormat_ + u", ScaleQualifier:" + decimal(scaleQualifier_);
+    }
+    return out + u"}";
+}
+
+const ClassInfo& CType::staticClassInfo() {
+    static const ClassInfo info = [] {
+        const Param index{u"Index", Missing{}, false, true};
+        ClassBuilder<CType> b(TypeName);
+        b.field(u"CheckForExactKind", &CType::CheckForExactKind)
+            .field(u"BitEnumeratorSet", &CType::BitEnumeratorSet)
+            .field(u"EnumeratorSet", &CType::EnumeratorSet)
+            .property(u"Kind", &CType::Kind, &CType::SetKind)
+            .property(u"Size", &CType::Size, &CType::SetSize)
+            .property(u"MaxRangeNo", &CType::MaxRangeNo, &CType::SetMaxRangeNo)
+            .property(u"MinValues", &CType::MinValues, &CType::SetMinValues, {index})
+            .property(u"MaxValues", &CType::MaxValues, &CType::SetMaxValues, {index})
+            .property(u"ScalingFactor", &CType::ScalingFactor, &CType::SetScalingFactor)
+            .property(u"DisplayFormat", &CType::DisplayFormat, &CType::SetDisplayFormat)
+            .property(u"EditFormat", &CType::EditFormat, &CType::SetEditFormat)
+            .property(u"MaxEnumIndex", &CType::MaxEnumIndex, &CType::SetMaxEnumIndex)
+            .property(u"MaxBitEnumIndex", &CType::MaxBitEnumIndex, &CType::SetMaxBitEnumIndex)
+            .property(u"Enumerators", &CType::Enumerators, &CType::SetEnumerators, {index})
+            .asLet()
+            .property(u"BitEnumerators", &CType::BitEnumerators, &CType::SetBitEnumerators, {index})
+            .asLet()
+            .property(u"ArrayObject", &CType::ArrayObject, &CType::SetArrayObject)
+            .asLet()
+            .property(u"Domain", &CType::Domain, &CType::SetDomain)
+            .asLet()
+            .method(u"GetCopy", &CType::GetCopy)
+            .method(u"SetFromObject", &CType::SetFromObject, {required(u"ToCopy")})
+            .method(u"Compare", &CType::Compare, {required(u"ToCompare")})
+            .method(u"ToString", &CType::ToString, {optional(u"InfoLevel", std::int16_t{1})})
+            .property(u"TimeFormat", &CType::TimeFormat, &CType::SetTimeFormat)
+            .property(u"ScaleQualifier", &CType::ScaleQualifier, &CType::SetScaleQualifier);
+        return b.build([] { return Ref<Object>(make<CType>()); });
+    }();
+    return info;
+}
+
+}  // namespace tylhart

@@ -1,0 +1,513 @@
+#include <algorithm>
+
+#include "TestSupport.hpp"
+#include "tylhart/automation/Registry.hpp"
+#include "tylhart/variables/CType.hpp"
+
+namespace tylhart::test {
+namespace {
+
+const ErrorRecord NoError{0, "", "(no error)"};
+const ErrorRecord NotSet = platformError(errors::Runtime::ObjectNotSet);
+const ErrorRecord Subscript = platformError(errors::Runtime::SubscriptOutOfRange);
+
+Variant getWith(const Ref<Object>& o, const char16_t* name, std::vector<Variant> args) {
+    return invoke(o, name, Access::Get, args);
+}
+void letWith(const Ref<Object>& o, const char16_t* name, std::vector<Variant> args) {
+    invoke(o, name, Access::Let, args);
+}
+
+Ref<CType> typeOf(enumDDVariableType kind) {
+    auto t = make<CType>();
+    t->SetKind(kind);
+    return t;
+}
+
+Ref<CEnumerator> enumerator(std::int32_t value, const char16_t* description) {
+    auto e = make<CEnumerator>();
+    e->Value = value;
+    e->Description = description;
+    return e;
+}
+
+// ---- Kind rules: every kind against every checked member ----
+
+struct CheckedMember {
+    const char16_t* name;
+    std::vector<Variant> index;        // the property's parameters
+    std::function<Variant()> newValue;  // differs from the member's default
+    std::vector<int> allowedKinds;
+    const char* source;
+    friend void PrintTo(const CheckedMember& m, std::ostream* os) { *os << toUtf8(m.name); }
+};
+
+const std::vector<int> Numeric{0, 1, 2, 3};
+const std::vector<int> Formatted{0, 1, 2, 3, 15};
+
+const CheckedMember checkedMembers[] = {
+    {u"Size", {}, [] { return Variant(std::int16_t{7}); }, {2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15},
+     "Type.Size"},
+    {u"MaxRangeNo", {}, [] { return Variant(std::int16_t{2}); }, Numeric, "Type.MaxRangeNo"},
+    {u"MinValues", {Variant(std::int32_t{0})}, [] { return Variant(5.0); }, Numeric, "Type.MinValues"},
+    {u"MaxValues", {Variant(std::int32_t{0})}, [] { return Variant(5.0); }, Numeric, "Type.MaxValues"},
+    {u"ScalingFactor", {}, [] { return Variant(2.5); }, Numeric, "Type.ScalingFactor"},
+    {u"DisplayFormat", {}, [] { return Variant(u"%5.2f"); }, Formatted, "Type.DisplayFormat"},
+    {u"EditFormat", {}, [] { return Variant(u"%5.2f"); }, Formatted, "Type.EditFormat"},
+    {u"TimeFormat", {}, [] { return Variant(u"hh:mm"); }, {15}, "Type.TimeFormat"},
+    {u"ScaleQualifier", {}, [] { return Variant(std::int32_t{2}); }, {15}, "Type.ScaleQualifier"},
+    {u"MaxEnumIndex", {}, [] { return Variant(std::int32_t{0}); }, {4}, "Type.MaxEnumIndex"},
+    // Reports the enumerator index's source and admits the enumerator kind.
+    {u"MaxBitEnumIndex", {}, [] { return Variant(std::int32_t{0}); }, {4, 5}, "Type.MaxEnumIndex"},
+    {u"Enumerators", {Variant(std::int32_t{1})}, [] { return Variant(enumerator(1, u"one")); }, {4},
+     "Type.Enumerators"},
+    {u"BitEnumerators", {Variant(std::int32_t{1})},
+     [] {
+         auto b = make<CBitEnumerator>();
+         b->Value = 1;
+         return Variant(b);
+     },
+     {5}, "Type.BitEnumerators"},
+    {u"ArrayObject", {}, [] { return Variant(make<CArray>()); }, {6}, "Type.ArrayObject"},
+    {u"Domain", {}, [] { return Variant(make<CValueSet>()); }, {6}, "Type.Domain"},
+};
+
+class TypeKindRule : public ::testing::TestWithParam<std::tuple<int, CheckedMember>> {};
+
+TEST_P(TypeKindRule, RefusesForeignKindsUnchangedAndNothingWithTheCheckOff) {
+    const auto& [kind, member] = GetParam();
+    auto type = make<CType>();
+    if (kind >= 0) type->SetKind(static_cast<enumDDVariableType>(kind));
+    const bool owned = kind < 0 || std::ranges::count(member.allowedKinds, kind) > 0;
+    const ErrorRecord expected = owned ? NoError : libraryError(member.source, errors::WrongKind);
+
+    type->CheckForExactKind = false;
+    const Variant before = getWith(type, member.name, member.index);
+    type->CheckForExactKind = true;
+
+    std::vector<Variant> letArgs = member.index;
+    letArgs.push_back(member.newValue());
+    EXPECT_EQ(raised([&] { getWith(type, member.name, member.index); }), expected);
+    EXPECT_EQ(raised([&] { letWith(type, member.name, letArgs); }), expected);
+
+    type->CheckForExactKind = false;
+    if (!owned) {
+        EXPECT_EQ(getWith(type, member.name, member.index), before);
+    }
+    EXPECT_EQ(raised([&] { getWith(type, member.name, member.index); }), NoError);
+    EXPECT_EQ(raised([&] { letWith(type, member.name, letArgs); }), NoError);
+}
+
+INSTANTIATE_TEST_SUITE_P(AllKinds, TypeKindRule,
+                         ::testing::Combine(::testing::Range(-1, 16), ::testing::ValuesIn(checkedMembers)),
+                         [](const auto& info) {
+                             const int kind = std::get<0>(info.param);
+                             return (kind < 0 ? std::string("Undefined") : "Kind" + std::to_string(kind)) +
+                                    "_" + toUtf8(std::get<1>(info.param).name);
+                         });
+
+// ---- Kind ----
+
+TEST(Type, KindIsSetOnceWithinZeroToFifteen) {
+    const ErrorRecord fixed = libraryError("Type.Kind", errors::KindFixed);
+    const ErrorRecord outOfRange = libraryError("Type.Kind", errors::KindOutOfRange);
+    struct Case {
+        int initial;  // -1: a new type
+        int attempt;
+        ErrorRecord error;
+    };
+    const Case cases[] = {
+        {-1, -1, outOfRange}, {-1, 16, outOfRange}, {-1, 15, NoError}, {-1, 0, NoError},
+        {0, 0, NoError},      {0, 2, fixed},        {0, 16, fixed},    {0, -1, fixed},
+        {15, 15, NoError},    {6, 14, fixed},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(std::to_string(c.initial) + " -> " + std::to_string(c.attempt));
+        auto type = make<CType>();
+        if (c.initial >= 0) type->SetKind(static_cast<enumDDVariableType>(c.initial));
+        EXPECT_EQ(raised([&] { let(type, u"Kind", std::int32_t{c.attempt}); }), c.error);
+        EXPECT_EQ(type->Kind(), c.error == NoError ? c.attempt : c.initial);
+    }
+}
+
+TEST(Type, NewTypeDefaults) {
+    auto type = make<CType>();
+    EXPECT_EQ(get(type, u"Kind"), Variant(std::int32_t{-1}));
+    EXPECT_EQ(get(type, u"MaxRangeNo"), Variant(std::int16_t{-1}));
+    EXPECT_EQ(get(type, u"MaxEnumIndex"), Variant(std::int32_t{1}));
+    EXPECT_EQ(get(type, u"ScalingFactor"), Variant(1.0));
+    EXPECT_EQ(get(type, u"CheckForExactKind"), Variant(true));
+    EXPECT_EQ(get(type, u"Size"), Variant(std::int16_t{0}));
+    EXPECT_TRUE(type->MinValues(0).isEmpty());
+    EXPECT_TRUE(type->MaxValues(0).isEmpty());
+    EXPECT_EQ(type->ScaleQualifier(), sqTNone);
+    EXPECT_EQ(type->EnumeratorSet->Count(), 0);
+    EXPECT_EQ(type->Domain()->Count(), 0);
+    EXPECT_EQ(type->ArrayObject()->Definition()->Kind(), ddoKArrayDef);
+}
+
+// ---- Ranges ----
+
+TEST(Type, MaxRangeNoRebuildsBothArraysWithNulls) {
+    auto type = typeOf(ddvTInt);
+    type->SetMinValues(0, Variant(std::int32_t{1}));
+    type->SetMaxRangeNo(2);
+    for (std::int32_t i = 0; i <= 2; ++i) {
+        EXPECT_TRUE(type->MinValues(i).isNull());
+        EXPECT_TRUE(type->MaxValues(i).isNull());
+    }
+    EXPECT_EQ(raised([&] { type->MinValues(3); }), Subscript);
+    EXPECT_EQ(raised([&] { type->SetMaxValues(-1, Variant(1.0)); }), Subscript);
+    type->SetMaxValues(2, Variant(u"any kind of value"));
+    EXPECT_EQ(type->MaxValues(2), Variant(u"any kind of value"));
+
+    type->SetMaxRangeNo(-1);
+    EXPECT_EQ(type->MaxRangeNo(), -1);
+    EXPECT_TRUE(type->MinValues(0).isNull());
+    EXPECT_EQ(raised([&] { type->MaxValues(1); }), Subscript);
+}
+
+// ---- The shared enumerator count ----
+
+TEST(Type, EnumeratorAndBitEnumeratorIndexShareOneCount) {
+    auto type = typeOf(ddvTEnumerator);
+    type->SetMaxEnumIndex(3);
+    EXPECT_EQ(type->MaxBitEnumIndex(), 3);
+
+    type->EnumeratorSet->Add(enumerator(1, u"one"));
+    const auto kept = type->EnumeratorSet;
+    type->SetMaxEnumIndex(0);
+    EXPECT_EQ(type->EnumeratorSet.get(), kept.get());
+    EXPECT_EQ(type->EnumeratorSet->Count(), 1);
+    type->SetMaxEnumIndex(5);
+    EXPECT_NE(type->EnumeratorSet.get(), kept.get());
+    EXPECT_EQ(type->EnumeratorSet->Count(), 0);
+
+    // The bit index passes the check for the enumerator kind and does nothing.
+    const auto bits = type->BitEnumeratorSet;
+    type->SetMaxBitEnumIndex(9);
+    EXPECT_EQ(type->MaxEnumIndex(), 5);
+    EXPECT_EQ(type->BitEnumeratorSet.get(), bits.get());
+
+    auto bitType = typeOf(ddvTBitEnumerator);
+    const auto bitSet = bitType->BitEnumeratorSet;
+    bitType->SetMaxBitEnumIndex(4);
+    EXPECT_EQ(bitType->MaxBitEnumIndex(), 4);
+    EXPECT_NE(bitType->BitEnumeratorSet.get(), bitSet.get());
+    bitType->CheckForExactKind = false;
+    EXPECT_EQ(bitType->MaxEnumIndex(), 4);
+    bitType->SetMaxEnumIndex(8);  // not the enumerator kind: ignored
+    EXPECT_EQ(bitType->MaxEnumIndex(), 4);
+}
+
+TEST(Type, EnumeratorsAreFoundAndPlacedByTheirOwnValue) {
+    auto type = typeOf(ddvTEnumerator);
+    auto seven = enumerator(7, u"seven");
+    type->SetEnumerators(99, seven);
+    EXPECT_EQ(type->EnumeratorSet->Count(), 1);
+    auto found = type->Enumerators(7);
+    ASSERT_TRUE(found);
+    EXPECT_NE(found.get(), seven.get());
+    EXPECT_TRUE(found->Compare(seven));
+    EXPECT_FALSE(type->Enumerators(99));
+
+    type->SetEnumerators(0, enumerator(7, u"replaced"));
+    EXPECT_EQ(type->EnumeratorSet->Count(), 1);
+    EXPECT_EQ(type->Enumerators(7)->Description, u"replaced");
+    EXPECT_EQ(raised([&] { type->SetEnumerators(0, nullptr); }), NotSet);
+
+    type->EnumeratorSet = nullptr;
+    EXPECT_FALSE(type->Enumerators(7));  // failures of the look-up give Nothing
+    EXPECT_EQ(raised([&] { type->SetEnumerators(0, seven); }), NotSet);
+
+    auto bitType = typeOf(ddvTBitEnumerator);
+    EXPECT_FALSE(bitType->BitEnumerators(3));  // the set's missing-key error is swallowed
+}
+
+// ---- Rendering ----
+
+struct Rendering {
+    const char* name;
+    std::function<Ref<CType>()> build;
+    std::int16_t level;
+    const char* expected;  // nullptr: an empty Variant
+    friend void PrintTo(const Rendering& r, std::ostream* os) { *os << r.name; }
+};
+
+class TypeRenders : public ::testing::TestWithParam<Rendering> {};
+
+TEST_P(TypeRenders, ExactText) {
+    const Rendering& r = GetParam();
+    Variant v = call(r.build(), u"ToString", r.level);
+    if (!r.expected) EXPECT_TRUE(v.isEmpty()) << text(v);
+    else EXPECT_EQ(text(v), r.expected);
+}
+
+Ref<CType> intRange() {
+    auto t = typeOf(ddvTInt);
+    t->SetSize(2);
+    t->SetMaxRangeNo(0);
+    t->SetMinValues(0, Variant(std::int16_t{0}));
+    t->SetMaxValues(0, Variant(std::int16_t{100}));
+    return t;
+}
+
+Ref<CType> floatTwoRanges() {
+    auto t = typeOf(ddvTFloat);
+    t->SetMaxRangeNo(1);
+    t->SetMinValues(1, Variant(0.5));
+    t->SetMaxValues(1, Variant(1.5));
+    t->SetScalingFactor(Variant(2.5));
+    t->SetDisplayFormat(u"%.2f");
+    t->SetEditFormat(u"%.3f");
+    return t;
+}
+
+Ref<CType> enumerated() {
+    auto t = typeOf(ddvTEnumerator);
+    t->SetEnumerators(0, enumerator(1, u"one"));
+    return t;
+}
+
+Ref<CType> indexType(bool withArray, bool withDomain) {
+    auto t = typeOf(ddvTIndex);
+    t->ArrayObject()->Definition()->SetName(u"arr");
+    t->Domain()->Add(Variant(std::int32_t{42}));
+    if (!withArray) t->SetArrayObject(nullptr);
+    if (!withDomain) t->SetDomain(nullptr);
+    return t;
+}
+
+Ref<CType> timeValue() {
+    auto t = typeOf(ddvTTimeValue);
+    t->SetDisplayFormat(u"d");
+    t->SetEditFormat(u"e");
+    t->SetTimeFormat(u"hh:mm");
+    t->SetScaleQualifier(sqTMinutes);
+    return t;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Type, TypeRenders,
+    ::testing::Values(
+        Rendering{"NewLevel1", [] { return make<CType>(); }, 1, "Type{Kind:-1}}"},
+        Rendering{"NewLevel2NoDetails", [] { return make<CType>(); }, 2, "Type{Kind:-1}}"},
+        Rendering{"NewLevel0", [] { return make<CType>(); }, 0, nullptr},
+        Rendering{"IntLevel1", intRange, 1, "Type{Kind:2}}"},
+        Rendering{"IntRange", intRange, 2,
+                  "Type{Kind:2}, Size:2, Ranges:{ (0:0 - 100)}, ScalingFactor:1, DisplayFormat:, EditFormat:}"},
+        Rendering{"FloatNullRangeAddsNothing", floatTwoRanges, 2,
+                  "Type{Kind:0}, Ranges:{ (0: - ) (1:0.5 - 1.5)}, ScalingFactor:2.5, DisplayFormat:%.2f, "
+                  "EditFormat:%.3f}"},
+        Rendering{"DoubleWithoutRanges", [] { return typeOf(ddvTDouble); }, 2,
+                  "Type{Kind:1}, Ranges:{}, ScalingFactor:1, DisplayFormat:, EditFormat:}"},
+        Rendering{"EnumeratorLevel2", enumerated, 2, "Type{Kind:4}, Size:0, Enumerators:VariableEnumeratorSet{Count:1}}"},
+        Rendering{"EnumeratorLevel3", enumerated, 3,
+                  "Type{Kind:4}, Size:0, Enumerators:VariableEnumeratorSet{Count:1, Items: { Enumerator{Description:one}}}}"},
+        Rendering{"BitEnumerator", [] { return typeOf(ddvTBitEnumerator); }, 2,
+                  "Type{Kind:5}, Size:0, BitEnumerators:VariableBitEnumeratorSet{Count:0}}"},
+        Rendering{"IndexPrintsTheArrayUnderTheDomainLabel", [] { return indexType(true, true); }, 2,
+                  "Type{Kind:6}, Size:0, ArrayObject:ARRAY{Definition{Name:arr}}, Domain:ARRAY{Definition{Name:arr}}}"},
+        Rendering{"IndexWithoutDomain", [] { return indexType(true, false); }, 2,
+                  "Type{Kind:6}, Size:0, ArrayObject:ARRAY{Definition{Name:arr}}}"},
+        Rendering{"IndexWithNeither", [] { return indexType(false, false); }, 2, "Type{Kind:6}, Size:0}"},
+        Rendering{"Ascii", [] {
+                      auto t = typeOf(ddvTASCII);
+                      t->SetSize(8);
+                      return t;
+                  }, 2, "Type{Kind:7}, Size:8}"},
+        Rendering{"DateHasNoDetails", [] { return typeOf(ddvTDate); }, 2, "Type{Kind:11}}"},
+        Rendering{"TimeValue", timeValue, 2,
+                  "Type{Kind:15}, DisplayFormat:d, EditFormat:e, TimeFormat:hh:mm, ScaleQualifier:2}"}),
+    [](const auto& info) { return std::string(info.param.name); });
+
+TEST(Type, DomainLabelWithoutArrayObjectIsACallOnNothing) {
+    auto type = indexType(false, true);
+    EXPECT_EQ(raised([&] { type->ToString(2); }), NotSet);
+    EXPECT_EQ(text(type->ToString(1)), "Type{Kind:6}}");
+}
+
+// ---- Compare ----
+
+struct Comparison {
+    const char* name;
+    enumDDVariableType kind;
+    std::function<void(CType&)> change;  // applied to one side, with the check off
+    bool equal;
+    friend void PrintTo(const Comparison& c, std::ostream* os) { *os << c.name; }
+};
+
+class TypeCompares : public ::testing::TestWithParam<Comparison> {};
+
+TEST_P(TypeCompares, FieldsTheKindOwns) {
+    const Comparison& c = GetParam();
+    auto a = make<CType>(), b = make<CType>();
+    if (c.kind >= 0) {
+        a->SetKind(c.kind);
+        b->SetKind(c.kind);
+    }
+    b->CheckForExactKind = false;
+    c.change(*b);
+    EXPECT_EQ(a->Compare(b), c.equal);
+    EXPECT_EQ(b->Compare(a), c.equal);
+}
+
+void ranged(CType& t, Variant low, Variant high) {
+    t.SetMaxRangeNo(0);
+    t.SetMinValues(0, std::move(low));
+    t.SetMaxValues(0, std::move(high));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Type, TypeCompares,
+    ::testing::Values(
+        Comparison{"UndefinedIgnoresEverythingElse", ddvTUndefined,
+                   [](CType& t) {
+                       t.SetSize(5);
+                       t.SetTimeFormat(u"x");
+                   },
+                   true},
+        Comparison{"CheckForExactKindIsNotCompared", ddvTFloat, [](CType& t) { t.CheckForExactKind = true; }, true},
+        Comparison{"SizeOfAnIntegerKind", ddvTPassword, [](CType& t) { t.SetSize(3); }, false},
+        Comparison{"SizeOfADateIsIgnored", ddvTDate, [](CType& t) { t.SetSize(3); }, true},
+        Comparison{"RangeCount", ddvTUnsigned, [](CType& t) { t.SetMaxRangeNo(0); }, false},
+        Comparison{"ScalingFactorAcrossNumericKinds", ddvTDouble,
+                   [](CType& t) { t.SetScalingFactor(Variant(std::int16_t{1})); }, true},
+        Comparison{"ScalingFactorWithoutTolerance", ddvTDouble,
+                   [](CType& t) { t.SetScalingFactor(Variant(1.0000000001)); }, false},
+        Comparison{"DisplayFormatCase", ddvTFloat, [](CType& t) { t.SetDisplayFormat(u"X"); }, false},
+        Comparison{"EditFormat", ddvTFloat, [](CType& t) { t.SetEditFormat(u"x"); }, false},
+        Comparison{"TimeFormatOfAFloatIsIgnored", ddvTFloat, [](CType& t) { t.SetTimeFormat(u"x"); }, true},
+        Comparison{"EnumeratorCount", ddvTEnumerator, [](CType& t) { t.SetMaxEnumIndex(0); }, false},
+        Comparison{"EnumeratorSet", ddvTEnumerator, [](CType& t) { t.EnumeratorSet->Add(enumerator(1, u"")); },
+                   false},
+        Comparison{"BitEnumeratorCount", ddvTBitEnumerator, [](CType& t) { t.SetMaxBitEnumIndex(0); }, false},
+        Comparison{"ArrayObject", ddvTIndex, [](CType& t) { t.ArrayObject()->Label = u"l"; }, false},
+        Comparison{"Domain", ddvTIndex, [](CType& t) { t.Domain()->Add(Variant(std::int32_t{1})); }, false},
+        Comparison{"ScaleQualifier", ddvTTimeValue, [](CType& t) { t.SetScaleQualifier(sqTHours); }, false},
+        Comparison{"TimeFormat", ddvTTimeValue, [](CType& t) { t.SetTimeFormat(u"ss"); }, false},
+        Comparison{"SizeOfATimeValueIsIgnored", ddvTTimeValue, [](CType& t) { t.SetSize(2); }, true}),
+    [](const auto& info) { return std::string(info.param.name); });
+
+TEST(Type, RangeEndsCompareByValueAcrossNumericKindsButNotAgainstText) {
+    auto a = typeOf(ddvTInt), b = typeOf(ddvTInt);
+    ranged(*a, Variant(std::int16_t{0}), Variant(std::int32_t{100}));
+    ranged(*b, Variant(0.0), Variant(100.0));
+    EXPECT_TRUE(a->Compare(b));
+    b->SetMaxValues(0, Variant(u"100"));
+    EXPECT_FALSE(a->Compare(b));
+    // Null matches only Null; Empty is zero to the runtime's comparison.
+    auto c = typeOf(ddvTInt), d = typeOf(ddvTInt);
+    c->SetMaxRangeNo(0);
+    d->SetMaxRangeNo(0);
+    EXPECT_TRUE(c->Compare(d));
+    d->SetMinValues(0, Variant(std::int32_t{0}));
+    EXPECT_FALSE(c->Compare(d));
+    EXPECT_FALSE(d->Compare(c));
+    c->SetMinValues(0, Variant());
+    EXPECT_TRUE(c->Compare(d));
+}
+
+// ---- Copies ----
+
+TEST(Type, CopyOfEachKindComparesEqualAndIsIndependent) {
+    const std::function<Ref<CType>()> sources[] = {intRange, floatTwoRanges, enumerated,
+                                                   [] { return indexType(true, true); }, timeValue};
+    for (const auto& build : sources) {
+        auto source = build();
+        SCOPED_TRACE(text(source->ToString(2)));
+        auto copy = source->GetCopy();
+        EXPECT_EQ(text(copy->ToString(3)), text(source->ToString(3)));
+        EXPECT_TRUE(copy->Compare(source));
+    }
+    auto source = intRange();
+    auto copy = source->GetCopy();
+    copy->SetMinValues(0, Variant(std::int16_t{5}));
+    EXPECT_EQ(source->MinValues(0), Variant(std::int16_t{0}));
+}
+
+TEST(Type, CopyMakesNewChildSetsThatShareTheirElements) {
+    auto source = enumerated();
+    auto copy = source->GetCopy();
+    EXPECT_NE(copy->EnumeratorSet.get(), source->EnumeratorSet.get());
+    Variant mine, theirs;
+    ASSERT_TRUE(copy->EnumeratorSet->NewEnum()->next(mine));
+    ASSERT_TRUE(source->EnumeratorSet->NewEnum()->next(theirs));
+    EXPECT_EQ(mine.toObject().get(), theirs.toObject().get());
+
+    auto index = indexType(true, true);
+    auto indexCopy = index->GetCopy();
+    EXPECT_NE(indexCopy->ArrayObject().get(), index->ArrayObject().get());
+    EXPECT_NE(indexCopy->Domain().get(), index->Domain().get());
+    indexCopy->ArrayObject()->Definition()->SetName(u"other");
+    EXPECT_EQ(index->ArrayObject()->Definition()->Name(), u"arr");
+
+    // Getters of the held objects hand out the objects themselves.
+    EXPECT_EQ(get(index, u"ArrayObject").toObject().get(), index->ArrayObject().get());
+    EXPECT_EQ(get(index, u"Domain").toObject().get(), index->Domain().get());
+}
+
+TEST(Type, CopyTouchesOnlyWhatTheSourceKindOwns) {
+    auto receiver = make<CType>();
+    receiver->SetSize(9);
+    receiver->SetTimeFormat(u"kept");
+    auto source = floatTwoRanges();
+    source->CheckForExactKind = false;
+    receiver->SetFromObject(source);
+    EXPECT_TRUE(receiver->CheckForExactKind);  // never copied
+    receiver->CheckForExactKind = false;
+    EXPECT_EQ(receiver->Size(), 9);
+    EXPECT_EQ(receiver->TimeFormat(), u"kept");
+    EXPECT_EQ(receiver->MaxValues(1), Variant(1.5));
+
+    // An undefined source resets the kind and nothing else.
+    auto defined = intRange();
+    defined->SetFromObject(make<CType>());
+    EXPECT_EQ(defined->Kind(), ddvTUndefined);
+    EXPECT_EQ(defined->Size(), 2);
+    EXPECT_EQ(defined->MaxValues(0), Variant(std::int16_t{100}));
+}
+
+TEST(Type, RefusedCopyLeavesTheReceiverUnchanged) {
+    auto receiver = typeOf(ddvTUnsigned);
+    receiver->SetDisplayFormat(u"mine");
+    EXPECT_EQ(raised([&] { receiver->SetFromObject(intRange()); }), libraryError("Type.Kind", errors::KindFixed));
+    EXPECT_EQ(receiver->Kind(), ddvTUnsigned);
+    EXPECT_EQ(receiver->DisplayFormat(), u"mine");
+
+    auto fresh = make<CType>();
+    auto noArray = indexType(false, true);
+    EXPECT_EQ(raised([&] { fresh->SetFromObject(noArray); }), NotSet);
+    auto noSet = typeOf(ddvTEnumerator);
+    noSet->EnumeratorSet = nullptr;
+    EXPECT_EQ(raised([&] { fresh->SetFromObject(noSet); }), NotSet);
+    EXPECT_EQ(fresh->Kind(), ddvTUndefined);
+}
+
+TEST(Type, CopyIntoItselfKeepsTheRanges) {
+    auto type = intRange();
+    type->SetFromObject(type);
+    EXPECT_EQ(type->MaxValues(0), Variant(std::int16_t{100}));
+}
+
+// ---- Dispatch surface ----
+
+TEST(Type, MembersAnswerTheirSlotIdentifiers) {
+    Ref<Object> type = automation::CreateObject(u"TylHartTypes.CType");
+    ASSERT_TRUE(type);
+    const std::pair<const char16_t*, DispId> expected[] = {
+        {u"CheckForExactKind", 0x40030000}, {u"BitEnumeratorSet", 0x40030001}, {u"EnumeratorSet", 0x40030002},
+        {u"Kind", 0x68030000},              {u"Size", 0x68030001},             {u"MaxRangeNo", 0x68030002},
+        {u"MinValues", 0x68030003},         {u"MaxValues", 0x68030004},        {u"ScalingFactor", 0x68030005},
+        {u"DisplayFormat", 0x68030006},     {u"EditFormat", 0x68030007},       {u"MaxEnumIndex", 0x68030008},
+        {u"MaxBitEnumIndex", 0x68030009},   {u"Enumerators", 0x6803000A},      {u"BitEnumerators", 0x6803000B},
+        {u"ArrayObject", 0x6803000C},       {u"Domain", 0x6803000D},           {u"GetCopy", 0x6003000E},
+        {u"SetFromObject", 0x6003000F},     {u"Compare", 0x60030010},          {u"ToString", 0x60030011},
+        {u"TimeFormat", 0x68030012},        {u"ScaleQualifier", 0x68030013},
+    };
+    for (const auto& [name, id] : expected) EXPECT_EQ(dispIdOfName(*type, name), id) << toUtf8(name);
+    EXPECT_EQ(type->classInfo().members().size(), std::size(expected));
+}
+
+}  // namespace
+}  // namespace tylhart::test
