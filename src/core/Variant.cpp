@@ -1,378 +1,20 @@
-// Conversions, text forms and comparison of Variant, following the OLE
-// Automation runtime under locale 0x0409. The committed oracle table
-// (tests/data/automation_oracle.tsv) pins every rule here.
+// Variant and its conversions between kinds, following the OLE Automation
+// runtime under locale 0x0409 (VariantChangeTypeEx, no flags). The rules
+// are pinned by tests/data/automation_oracle.tsv; docs/variant-rules.md
+// lists them and the few places where the library answers differently.
 #include "tylhart/core/Variant.hpp"
 
 #include <cmath>
-#include <cstdio>
-#include <cstdlib>
 #include <limits>
-#include <optional>
 #include <string>
 
-#include "tylhart/core/Error.hpp"
+#include "VariantRules.hpp"
+#include "tylhart/core/Clock.hpp"
 
 namespace tylhart {
 
-using errors::Runtime;
-
-namespace {
-
-[[noreturn]] void mismatch() { errors::raise(Runtime::TypeMismatch); }
-[[noreturn]] void overflow() { errors::raise(Runtime::Overflow); }
-
-constexpr double MinDate = -657434.0;   // 1 January 100
-constexpr double MaxDate = 2958465.99999999;  // 31 December 9999, 23:59:59
-
-// Rounds half to even, as every conversion into an integer kind does.
-double roundHalfEven(double v) {
-    double r = std::nearbyint(v);  // default rounding mode is to nearest even
-    return r;
-}
-
-template <class Int>
-Int toIntegral(double v) {
-    if (std::isnan(v)) overflow();
-    double r = roundHalfEven(v);
-    if (r < static_cast<double>(std::numeric_limits<Int>::min()) ||
-        r > static_cast<double>(std::numeric_limits<Int>::max()))
-        overflow();
-    return static_cast<Int>(r);
-}
-
-// ---- Parsing numbers from text (the runtime's standard number parser) ----
-
-struct ParsedNumber {
-    bool negative = false;
-    bool radix = false;        // &H / &O literal
-    std::uint64_t radixValue = 0;
-    std::string digits;        // significant decimal digits, no leading zeros
-    int exponent = 0;          // value = digits * 10^exponent
-};
-
-bool isBlank(char16_t c) { return c == u' ' || c == u'\t' || c == u'\n' || c == u'\r' || c == 0xA0 || c == u'\v' || c == u'\f'; }
-bool isDigit(char16_t c) { return c >= u'0' && c <= u'9'; }
-
-std::optional<ParsedNumber> parseNumber(TextView s) {
-    ParsedNumber out;
-    std::size_t i = 0, n = s.size();
-    auto skipBlanks = [&] {
-        while (i < n && isBlank(s[i])) ++i;
-    };
-    skipBlanks();
-    bool sawSign = false, parens = false, sawCurrency = false;
-    // Leading currency sign, sign and parenthesis, in any order but once each.
-    for (bool progress = true; progress && i < n;) {
-        progress = false;
-        if (!sawSign && (s[i] == u'+' || s[i] == u'-')) {
-            out.negative = s[i] == u'-';
-            sawSign = true;
-            ++i;
-            progress = true;
-        } else if (!parens && !sawSign && s[i] == u'(') {
-            parens = true;
-            ++i;
-            progress = true;
-        } else if (!sawCurrency && s[i] == u'$') {
-            sawCurrency = true;
-            ++i;
-            progress = true;
-        }
-        if (progress) skipBlanks();
-    }
-    if (i + 1 < n && s[i] == u'&' && !sawCurrency) {
-        char16_t p = static_cast<char16_t>(s[i + 1] | 0x20);
-        unsigned base = p == u'h' ? 16 : (p == u'o' ? 8 : 0);
-        if (base == 0) return std::nullopt;
-        i += 2;
-        std::size_t start = i;
-        std::uint64_t v = 0;
-        while (i < n) {
-            char16_t c = s[i];
-            unsigned d;
-            if (isDigit(c)) d = c - u'0';
-            else if (base == 16 && (c | 0x20) >= u'a' && (c | 0x20) <= u'f') d = (c | 0x20) - u'a' + 10;
-            else break;
-            if (d >= base) return std::nullopt;
-            v = v * base + d;
-            if (v > 0xFFFFFFFFull) return std::nullopt;
-            ++i;
-        }
-        if (i == start) return std::nullopt;
-        skipBlanks();
-        if (i != n) return std::nullopt;
-        out.radix = true;
-        out.radixValue = v;
-        return out;
-    }
-    bool anyDigit = false, decimal = false;
-    int fractionDigits = 0;
-    std::string digits;
-    while (i < n) {
-        char16_t c = s[i];
-        if (isDigit(c)) {
-            anyDigit = true;
-            if (!(digits.empty() && c == u'0')) digits.push_back(static_cast<char>(c));
-            if (decimal) ++fractionDigits;
-            else if (digits.empty()) {
-            }
-            ++i;
-        } else if (c == u',' && !decimal) {
-            ++i;
-        } else if (c == u'.' && !decimal) {
-            decimal = true;
-            ++i;
-        } else {
-            break;
-        }
-    }
-    if (!anyDigit) return std::nullopt;
-    // Zeros dropped before the first significant digit still count as
-    // fraction positions.
-    int exponent = -fractionDigits;
-    if (i < n && (s[i] == u'e' || s[i] == u'E' || s[i] == u'd' || s[i] == u'D')) {
-        std::size_t j = i + 1;
-        bool expNegative = false;
-        if (j < n && (s[j] == u'+' || s[j] == u'-')) expNegative = s[j++] == u'-';
-        if (j < n && isDigit(s[j])) {
-            long e = 0;
-            while (j < n && isDigit(s[j])) {
-                if (e < 100000) e = e * 10 + (s[j] - u'0');
-                ++j;
-            }
-            exponent += static_cast<int>(expNegative ? -e : e);
-            i = j;
-        } else {
-            return std::nullopt;
-        }
-    }
-    skipBlanks();
-    // Trailing currency sign, sign and closing parenthesis.
-    for (bool progress = true; progress && i < n;) {
-        progress = false;
-        if (!sawSign && !parens && (s[i] == u'+' || s[i] == u'-')) {
-            out.negative = s[i] == u'-';
-            sawSign = true;
-            ++i;
-            progress = true;
-        } else if (parens && s[i] == u')') {
-            parens = false;
-            out.negative = true;
-            sawSign = true;
-            ++i;
-            progress = true;
-        } else if (!sawCurrency && s[i] == u'$') {
-            sawCurrency = true;
-            ++i;
-            progress = true;
-        }
-        if (progress) skipBlanks();
-    }
-    if (parens || i != n) return std::nullopt;
-    // Normalise: strip trailing zeros of the digit string into the exponent.
-    while (!digits.empty() && digits.back() == '0') {
-        digits.pop_back();
-        ++exponent;
-    }
-    out.digits = std::move(digits);
-    out.exponent = out.digits.empty() ? 0 : exponent;
-    return out;
-}
-
-double parsedToDouble(const ParsedNumber& p) {
-    if (p.radix) return static_cast<double>(p.radixValue);
-    if (p.digits.empty()) return p.negative ? -0.0 : 0.0;
-    std::string text = p.digits + "e" + std::to_string(p.exponent);
-    double v = std::strtod(text.c_str(), nullptr);
-    if (std::isinf(v)) overflow();
-    return p.negative ? -v : v;
-}
-
-// Hexadecimal and octal literals denote the bit pattern of the narrowest
-// signed kind that holds them, so &HFFFF is -1 as an Integer.
-std::int64_t radixToSigned(std::uint64_t v) {
-    if (v <= 0xFFFF) return static_cast<std::int16_t>(static_cast<std::uint16_t>(v));
-    return static_cast<std::int32_t>(static_cast<std::uint32_t>(v));
-}
-
-double textToDouble(TextView s) {
-    auto p = parseNumber(s);
-    if (!p) mismatch();
-    if (p->radix) return static_cast<double>(radixToSigned(p->radixValue)) * (p->negative ? -1 : 1);
-    return parsedToDouble(*p);
-}
-
-// Exact decimal to currency, rounding half to even at the fourth decimal.
-Currency textToCurrency(TextView s) {
-    auto p = parseNumber(s);
-    if (!p) mismatch();
-    if (p->radix) {
-        return Currency{radixToSigned(p->radixValue) * Currency::scale * (p->negative ? -1 : 1)};
-    }
-    if (p->digits.empty()) return Currency{0};
-    int shift = p->exponent + 4;  // digits * 10^shift units of 1/10000
-    if (static_cast<int>(p->digits.size()) + shift > 19) overflow();
-    std::string whole, rest;
-    if (shift >= 0) {
-        whole = p->digits + std::string(static_cast<std::size_t>(shift), '0');
-    } else {
-        int cut = static_cast<int>(p->digits.size()) + shift;
-        if (cut > 0) {
-            whole = p->digits.substr(0, static_cast<std::size_t>(cut));
-            rest = p->digits.substr(static_cast<std::size_t>(cut));
-        } else {
-            rest = std::string(static_cast<std::size_t>(-cut), '0') + p->digits;
-        }
-    }
-    unsigned long long units = 0;
-    for (char c : whole) {
-        if (units > (std::numeric_limits<unsigned long long>::max() - 9) / 10) overflow();
-        units = units * 10 + static_cast<unsigned>(c - '0');
-    }
-    if (!rest.empty()) {
-        bool above = rest[0] > '5' || (rest[0] == '5' && rest.find_first_not_of('0', 1) != std::string::npos);
-        bool half = rest[0] == '5' && !above;
-        if (above || (half && (units & 1))) ++units;
-    }
-    const unsigned long long limit = static_cast<unsigned long long>(std::numeric_limits<std::int64_t>::max());
-    if (units > limit + (p->negative ? 1 : 0)) overflow();
-    if (p->negative) return Currency{static_cast<std::int64_t>(0 - units)};
-    return Currency{static_cast<std::int64_t>(units)};
-}
-
-Currency doubleToCurrency(double v) {
-    if (std::isnan(v)) overflow();
-    double scaled = roundHalfEven(v * 10000.0);
-    if (scaled >= 9223372036854775808.0 || scaled < -9223372036854775808.0) overflow();
-    return Currency{static_cast<std::int64_t>(scaled)};
-}
-
-double currencyToDouble(Currency c) { return static_cast<double>(c.scaled) / 10000.0; }
-
-// Currency to an integer kind: exact, half to even.
-std::int64_t currencyToInt64(Currency c) {
-    std::int64_t q = c.scaled / 10000, r = c.scaled % 10000;
-    if (r > 5000 || (r == 5000 && (q & 1))) ++q;
-    else if (r < -5000 || (r == -5000 && (q & 1))) --q;
-    return q;
-}
-
-template <class Int>
-Int int64To(std::int64_t v) {
-    if (v < std::numeric_limits<Int>::min() || v > std::numeric_limits<Int>::max()) overflow();
-    return static_cast<Int>(v);
-}
-
-// ---- Dates ----
-
-struct CivilDate {
-    int year, month, day;
-};
-
-// Days since 30 December 1899 to a proleptic Gregorian calendar date.
-CivilDate civilFromSerial(long long serial) {
-    long long z = serial + 693594;  // days from 0000-03-01 based epoch
-    // Algorithm from Howard Hinnant's days_from_civil, shifted.
-    z -= 60;  // shift epoch to 0000-03-01
-    long long era = (z >= 0 ? z : z - 146096) / 146097;
-    long long doe = z - era * 146097;
-    long long yoe = (doe - doe / 1460 + doe / 36524 - doe / 146096) / 365;
-    long long y = yoe + era * 400;
-    long long doy = doe - (365 * yoe + yoe / 4 - yoe / 100);
-    long long mp = (5 * doy + 2) / 153;
-    long long d = doy - (153 * mp + 2) / 5 + 1;
-    long long m = mp < 10 ? mp + 3 : mp - 9;
-    return CivilDate{static_cast<int>(y + (m <= 2)), static_cast<int>(m), static_cast<int>(d)};
-}
-
-long long serialFromCivil(int year, int month, int day) {
-    long long y = year - (month <= 2);
-    long long era = (y >= 0 ? y : y - 399) / 400;
-    long long yoe = y - era * 400;
-    long long mp = month > 2 ? month - 3 : month + 9;
-    long long doy = (153 * mp + 2) / 5 + day - 1;
-    long long doe = yoe * 365 + yoe / 4 - yoe / 100 + doy;
-    return era * 146097 + doe + 60 - 693594;
-}
-
-bool validCivil(int y, int m, int d) {
-    static const int days[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-    if (m < 1 || m > 12 || d < 1) return false;
-    bool leap = (y % 4 == 0 && y % 100 != 0) || y % 400 == 0;
-    return d <= days[m - 1] + (m == 2 && leap ? 1 : 0);
-}
-
-double checkedDate(double v) {
-    if (std::isnan(v) || v < MinDate || v >= 2958466.0) overflow();
-    return v;
-}
-
-std::optional<double> parseDate(TextView s);
-
-}  // namespace
-
-// ---- Text forms ----
-
-namespace {
-Text asciiText(const std::string& s) { return Text(s.begin(), s.end()); }
-
-// printf's %G with the runtime's two-digit exponent and upper-case E.
-Text formatFloating(double v, int digits) {
-    if (std::isnan(v)) return u"NaN";
-    if (std::isinf(v)) return v < 0 ? u"-1.#INF" : u"1.#INF";
-    char buf[64];
-    std::snprintf(buf, sizeof buf, "%.*G", digits, v);
-    std::string s = buf;
-    if (s == "-0") s = "0";
-    return asciiText(s);
-}
-}  // namespace
-
-Text formatDouble(double v) { return formatFloating(v, 15); }
-Text formatSingle(float v) { return formatFloating(static_cast<double>(v), 7); }
-
-Text formatCurrency(Currency c) {
-    std::uint64_t a = c.scaled < 0 ? 0 - static_cast<std::uint64_t>(c.scaled) : static_cast<std::uint64_t>(c.scaled);
-    std::string s = std::to_string(a / 10000);
-    std::uint64_t frac = a % 10000;
-    if (frac) {
-        char buf[8];
-        std::snprintf(buf, sizeof buf, "%04u", static_cast<unsigned>(frac));
-        std::string f = buf;
-        while (!f.empty() && f.back() == '0') f.pop_back();
-        s += "." + f;
-    }
-    if (c.scaled < 0) s = "-" + s;
-    return asciiText(s);
-}
-
-Text formatDate(Date d) {
-    double v = d.days;
-    double whole = std::trunc(v);
-    double fraction = std::fabs(v - whole);
-    long long seconds = std::llround(fraction * 86400.0);
-    long long serial = static_cast<long long>(whole);
-    if (seconds >= 86400) {
-        seconds -= 86400;
-        serial += v < 0 ? -1 : 1;
-    }
-    std::string out;
-    char buf[64];
-    if (serial != 0) {
-        CivilDate c = civilFromSerial(serial);
-        std::snprintf(buf, sizeof buf, "%d/%d/%d", c.month, c.day, c.year);
-        out = buf;
-    }
-    if (seconds != 0 || serial == 0) {
-        int h = static_cast<int>(seconds / 3600), m = static_cast<int>(seconds / 60 % 60),
-            s = static_cast<int>(seconds % 60);
-        int h12 = h % 12 == 0 ? 12 : h % 12;
-        std::snprintf(buf, sizeof buf, "%d:%02d:%02d %s", h12, m, s, h < 12 ? "AM" : "PM");
-        if (!out.empty()) out += " ";
-        out += buf;
-    }
-    return asciiText(out);
-}
+using rules::overflow;
+using rules::typeMismatch;
 
 Text typeName(VarType t) {
     switch (t) {
@@ -394,14 +36,55 @@ Text typeName(VarType t) {
     return u"Unknown";
 }
 
-// ---- Variant ----
+namespace rules {
+
+namespace {
+__extension__ typedef unsigned __int128 UInt128;  // GCC and Clang; exact products of 53 and 14 bits
+}
+
+double doubleFromCurrency(Currency value) noexcept {
+    return static_cast<double>(value.scaled) / static_cast<double>(Currency::scale);
+}
+
+// Exact: the Double is m * 2^e with an integer m of at most 53 bits, so
+// m * 10,000 fits in 128 bits and is shifted into place with rounding half
+// to even on the bits shifted out.
+Currency currencyFromDouble(double value) {
+    if (!(std::fabs(value) < 1e15)) overflow();  // also NaN and the infinities
+    if (value == 0.0) return Currency{0};
+    int exponent = 0;
+    const double fraction = std::frexp(std::fabs(value), &exponent);
+    const auto mantissa = static_cast<std::int64_t>(std::ldexp(fraction, 53));
+    exponent -= 53;  // |value| = mantissa * 2^exponent, exponent < 0 below 1e15
+    const UInt128 product = static_cast<UInt128>(mantissa) * Currency::scale;
+    const int shift = -exponent;
+    UInt128 units = 0;
+    if (shift < 128) {
+        units = product >> shift;
+        const UInt128 rest = product - (units << shift);
+        const UInt128 half = static_cast<UInt128>(1) << (shift - 1);
+        if (rest > half || (rest == half && (units & 1) != 0)) ++units;
+    }
+    const auto limit = static_cast<UInt128>(std::numeric_limits<std::int64_t>::max());
+    if (units > limit + (value < 0 ? 1 : 0)) overflow();
+    const auto magnitude = static_cast<std::uint64_t>(units);
+    return Currency{value < 0 ? static_cast<std::int64_t>(0 - magnitude) : static_cast<std::int64_t>(magnitude)};
+}
+
+float singleFromDouble(double value) {
+    if (std::fabs(value) > SingleLimit) overflow();  // NaN passes and stays NaN
+    return static_cast<float>(value);
+}
+
+}  // namespace rules
+
+// ---- Variant basics ----
 
 VarType Variant::type() const noexcept {
-    static constexpr VarType kinds[] = {VarType::Empty,   VarType::Null,    VarType::Integer,
-                                        VarType::Long,    VarType::Single,  VarType::Double,
-                                        VarType::Currency, VarType::Date,   VarType::String,
-                                        VarType::Object,  VarType::Error,   VarType::Boolean,
-                                        VarType::Byte,    VarType::ByteArray};
+    static constexpr VarType kinds[] = {VarType::Empty,    VarType::Null,   VarType::Integer, VarType::Long,
+                                        VarType::Single,   VarType::Double, VarType::Currency, VarType::Date,
+                                        VarType::String,   VarType::Object, VarType::Error,    VarType::Boolean,
+                                        VarType::Byte,     VarType::ByteArray};
     return kinds[value_.index()];
 }
 
@@ -419,50 +102,156 @@ bool operator==(const Variant& a, const Variant& b) { return a.value_ == b.value
 
 namespace {
 
-// The value of a numeric, date or Boolean variant as a double; nullopt for
-// other kinds.
-std::optional<double> numericValue(const Variant& v) {
-    switch (v.type()) {
-        case VarType::Empty: return 0.0;
-        case VarType::Integer: return *v.get<std::int16_t>();
-        case VarType::Long: return *v.get<std::int32_t>();
-        case VarType::Single: return *v.get<float>();
-        case VarType::Double: return *v.get<double>();
-        case VarType::Currency: return currencyToDouble(*v.get<Currency>());
-        case VarType::Date: return v.get<Date>()->days;
-        case VarType::Boolean: return *v.get<bool>() ? -1.0 : 0.0;
-        case VarType::Byte: return *v.get<std::uint8_t>();
-        default: return std::nullopt;
-    }
-}
+// ---- Conversion helpers ----
 
-void rejectNonScalar(const Variant& v) {
-    if (v.isNull()) errors::raise(Runtime::InvalidUseOfNull);
-    if (v.isObject() || v.isMissing() || v.type() == VarType::ByteArray) mismatch();
+// Null converts to nothing but Null; objects, the missing-argument marker
+// and byte arrays convert to no scalar kind.
+void requireScalar(const Variant& v) {
+    if (v.isNull() || v.isObject() || v.isMissing() || v.type() == VarType::ByteArray) typeMismatch();
 }
 
 template <class Int>
-Int toIntegerKind(const Variant& v) {
-    rejectNonScalar(v);
-    if (auto c = v.get<Currency>()) return int64To<Int>(currencyToInt64(*c));
-    if (auto s = v.get<Text>()) {
-        auto p = parseNumber(*s);
-        if (!p) mismatch();
-        if (p->radix) {
-            // The literal's bit pattern in the target's own width.
-            std::uint64_t r = p->radixValue;
-            if constexpr (sizeof(Int) == 1) {
-                if (r > 0xFF) overflow();
-                return static_cast<Int>(r);
-            } else {
-                if (r <= static_cast<std::uint64_t>(std::numeric_limits<std::make_unsigned_t<Int>>::max()))
-                    return static_cast<Int>(static_cast<std::make_unsigned_t<Int>>(r)) * (p->negative ? -1 : 1);
-                overflow();
-            }
-        }
-        return toIntegral<Int>(parsedToDouble(*p));
+Int checkedInteger(std::int64_t v) {
+    if (v < std::numeric_limits<Int>::min() || v > std::numeric_limits<Int>::max()) overflow();
+    return static_cast<Int>(v);
+}
+
+// Floating point to an integer kind: rounded half to even. NaN overflows:
+// the runtime's answers for NaN (-1, 2147483647, 255) are whatever the
+// processor's conversion leaves behind, not values a caller could use.
+template <class Int>
+Int integerFromDouble(double v) {
+    if (std::isnan(v)) overflow();
+    const double rounded = std::nearbyint(v);  // the default rounding mode is to nearest even
+    if (rounded < static_cast<double>(std::numeric_limits<Int>::min()) ||
+        rounded > static_cast<double>(std::numeric_limits<Int>::max()))
+        overflow();
+    return static_cast<Int>(rounded);
+}
+
+std::int64_t integerFromCurrency(Currency c) {
+    std::int64_t whole = c.scaled / Currency::scale;
+    const std::int64_t rest = c.scaled % Currency::scale;
+    const std::int64_t half = Currency::scale / 2;
+    if (rest > half || (rest == half && (whole & 1) != 0)) ++whole;
+    else if (rest < -half || (rest == -half && (whole & 1) != 0)) --whole;
+    return whole;
+}
+
+// A decimal number text to an integer kind, exactly: the decimal digits are
+// rounded half to even, however many there are. (The runtime rounds texts
+// below 0.1 by their first significant digit, so "0.06" would give 1; the
+// library rounds them to 0.)
+template <class Int>
+Int integerFromDecimal(const rules::NumberText& n) {
+    const int integerDigits = static_cast<int>(n.digits.size()) + n.exponent;
+    if (integerDigits > 19) overflow();
+    std::uint64_t magnitude = 0;
+    for (int k = 0; k < integerDigits; ++k) {
+        const auto index = static_cast<std::size_t>(k);
+        magnitude = magnitude * 10 + (index < n.digits.size() ? static_cast<unsigned>(n.digits[index] - '0') : 0u);
     }
-    return toIntegral<Int>(*numericValue(v));
+    if (integerDigits >= 0 && static_cast<std::size_t>(integerDigits) < n.digits.size()) {
+        const char first = n.digits[static_cast<std::size_t>(integerDigits)];
+        const bool more = static_cast<std::size_t>(integerDigits) + 1 < n.digits.size();
+        if (first > '5' || (first == '5' && (more || (magnitude & 1) != 0))) ++magnitude;
+    }
+    if (magnitude > static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max())) overflow();
+    const auto value = static_cast<std::int64_t>(magnitude);
+    return checkedInteger<Int>(n.negative ? -value : value);
+}
+
+// &H and &O literals keep their bit pattern in the target's width: &HFFFF
+// is -1 as an Integer but 65535 as a Long. Signs before them are ignored.
+template <class Int>
+Int integerFromRadix(std::uint64_t value) {
+    using Unsigned = std::make_unsigned_t<Int>;
+    if (value > std::numeric_limits<Unsigned>::max()) overflow();
+    return static_cast<Int>(static_cast<Unsigned>(value));
+}
+
+// For the floating point kinds and Boolean a literal is a Long, and the
+// runtime accepts at most &H80000000 (which is the most negative Long).
+double doubleFromRadix(std::uint64_t value) {
+    if (value > 0x80000000u) overflow();
+    return static_cast<double>(static_cast<std::int32_t>(static_cast<std::uint32_t>(value)));
+}
+
+rules::NumberText numberOf(const Text& text) {
+    auto n = rules::readNumberText(text);
+    if (!n) typeMismatch();
+    return *n;
+}
+
+double doubleFromNumber(const rules::NumberText& n) {
+    if (n.radix) return doubleFromRadix(n.radixValue);
+    const double value = rules::runtimeDouble(n);
+    if (std::isinf(value)) overflow();
+    return value;
+}
+
+double doubleFromText(const Text& text) { return doubleFromNumber(numberOf(text)); }
+
+template <class Int>
+Int integerFromText(const Text& text) {
+    const rules::NumberText n = numberOf(text);
+    return n.radix ? integerFromRadix<Int>(n.radixValue) : integerFromDecimal<Int>(n);
+}
+
+// A text read as a Single is also refused when it is not zero but below the
+// smallest Single (the runtime calls that an overflow as well).
+float singleFromText(const Text& text) {
+    const double value = doubleFromText(text);
+    const double smallest = std::numeric_limits<float>::denorm_min();
+    if (value != 0.0 && std::fabs(value) < smallest) overflow();
+    return rules::singleFromDouble(value);
+}
+
+Currency currencyFromText(const Text& text) {
+    const rules::NumberText n = numberOf(text);
+    if (n.radix) overflow();  // the runtime takes no literal as Currency
+    return rules::currencyFromDouble(doubleFromNumber(n));
+}
+
+// True and False in any case, and the literals #TRUE# and #FALSE# exactly;
+// otherwise a number, true when not zero.
+bool booleanFromText(const Text& text) {
+    if (equalsIgnoringCase(text, u"True") || text == u"#TRUE#") return true;
+    if (equalsIgnoringCase(text, u"False") || text == u"#FALSE#") return false;
+    return doubleFromText(text) != 0.0;
+}
+
+// Doubles and Longs outside the calendar overflow; Singles and Currency
+// amounts become Dates unchecked, as in the runtime (their text then fails).
+double checkedDate(double v) {
+    if (v <= rules::FirstDate - 1.0 || v >= rules::LastDate + 1.0) overflow();  // NaN passes
+    return v;
+}
+
+// ---- Conversions ----
+
+template <class Int>
+Int toIntegerKind(const Variant& v) {
+    requireScalar(v);
+    switch (v.type()) {
+        case VarType::Empty: return 0;
+        case VarType::Integer: return checkedInteger<Int>(*v.get<std::int16_t>());
+        case VarType::Long: return checkedInteger<Int>(*v.get<std::int32_t>());
+        case VarType::Byte: return checkedInteger<Int>(*v.get<std::uint8_t>());
+        case VarType::Boolean: return *v.get<bool>() ? static_cast<Int>(-1) : Int{0};  // True is all bits set
+        case VarType::Single: return integerFromDouble<Int>(*v.get<float>());
+        case VarType::Double: return integerFromDouble<Int>(*v.get<double>());
+        case VarType::Date: return integerFromDouble<Int>(v.get<Date>()->days);
+        case VarType::Currency: return checkedInteger<Int>(integerFromCurrency(*v.get<Currency>()));
+        case VarType::String: return integerFromText<Int>(*v.get<Text>());
+        default: typeMismatch();
+    }
+}
+
+// The conversion to String (no flags): Booleans as -1 and 0.
+Text plainText(const Variant& v) {
+    if (auto b = v.get<bool>()) return *b ? u"-1" : u"0";
+    return v.toText();
 }
 
 }  // namespace
@@ -472,229 +261,107 @@ std::int32_t Variant::toLong() const { return toIntegerKind<std::int32_t>(*this)
 std::uint8_t Variant::toByte() const { return toIntegerKind<std::uint8_t>(*this); }
 
 double Variant::toDouble() const {
-    rejectNonScalar(*this);
-    if (auto s = get<Text>()) return textToDouble(*s);
-    return *numericValue(*this);
+    requireScalar(*this);
+    switch (type()) {
+        case VarType::Empty: return 0.0;
+        case VarType::Integer: return *get<std::int16_t>();
+        case VarType::Long: return *get<std::int32_t>();
+        case VarType::Byte: return *get<std::uint8_t>();
+        case VarType::Boolean: return *get<bool>() ? -1.0 : 0.0;
+        case VarType::Single: return *get<float>();
+        case VarType::Double: return *get<double>();
+        case VarType::Date: return get<Date>()->days;
+        case VarType::Currency: return rules::doubleFromCurrency(*get<Currency>());
+        case VarType::String: return doubleFromText(*get<Text>());
+        default: typeMismatch();
+    }
 }
 
 float Variant::toSingle() const {
-    double d = toDouble();
-    if (std::isfinite(d) && std::fabs(d) > static_cast<double>(std::numeric_limits<float>::max())) {
-        // Values that round to the largest Single still fit.
-        float f = static_cast<float>(d);
-        if (std::isinf(f)) overflow();
-        return f;
-    }
-    return static_cast<float>(d);
+    if (auto f = get<float>()) return *f;
+    if (auto s = get<Text>()) return singleFromText(*s);
+    return rules::singleFromDouble(toDouble());
 }
 
 Currency Variant::toCurrency() const {
-    rejectNonScalar(*this);
-    if (auto c = get<Currency>()) return *c;
-    if (auto s = get<Text>()) return textToCurrency(*s);
-    if (auto i = get<std::int32_t>()) return Currency{static_cast<std::int64_t>(*i) * Currency::scale};
-    if (auto i = get<std::int16_t>()) return Currency{static_cast<std::int64_t>(*i) * Currency::scale};
-    return doubleToCurrency(*numericValue(*this));
+    requireScalar(*this);
+    switch (type()) {
+        case VarType::Currency: return *get<Currency>();
+        case VarType::String: return currencyFromText(*get<Text>());
+        case VarType::Single: case VarType::Double: case VarType::Date: return rules::currencyFromDouble(toDouble());
+        default: return Currency{static_cast<std::int64_t>(toLong()) * Currency::scale};
+    }
 }
 
 Date Variant::toDate() const {
-    rejectNonScalar(*this);
-    if (auto s = get<Text>()) {
-        if (auto d = parseDate(*s)) return Date{*d};
-        mismatch();
+    requireScalar(*this);
+    switch (type()) {
+        case VarType::Date: return *get<Date>();
+        case VarType::String: {
+            auto date = rules::readDateText(*get<Text>(), &currentYear);
+            if (!date) typeMismatch();
+            return Date{*date};
+        }
+        case VarType::Single: case VarType::Currency: return Date{toDouble()};
+        default: return Date{checkedDate(toDouble())};
     }
-    return Date{checkedDate(*numericValue(*this))};
 }
 
 bool Variant::toBoolean() const {
-    rejectNonScalar(*this);
-    if (auto s = get<Text>()) {
-        if (equalsIgnoringCase(*s, u"True")) return true;
-        if (equalsIgnoringCase(*s, u"False")) return false;
-        return textToDouble(*s) != 0.0;
+    requireScalar(*this);
+    switch (type()) {
+        case VarType::Boolean: return *get<bool>();
+        case VarType::String: return booleanFromText(*get<Text>());
+        case VarType::Currency: return get<Currency>()->scaled != 0;
+        default: return toDouble() != 0.0;  // NaN is not zero, so true
     }
-    if (auto c = get<Currency>()) return c->scaled != 0;
-    return *numericValue(*this) != 0.0;
 }
 
 Text Variant::toText() const {
+    requireScalar(*this);
+    auto decimal = [](long long n) {
+        const std::string s = std::to_string(n);
+        return Text(s.begin(), s.end());
+    };
     switch (type()) {
         case VarType::Empty: return Text();
-        case VarType::Null: errors::raise(Runtime::InvalidUseOfNull);
-        case VarType::Integer: return asciiText(std::to_string(*get<std::int16_t>()));
-        case VarType::Long: return asciiText(std::to_string(*get<std::int32_t>()));
+        case VarType::Integer: return decimal(*get<std::int16_t>());
+        case VarType::Long: return decimal(*get<std::int32_t>());
+        case VarType::Byte: return decimal(*get<std::uint8_t>());
         case VarType::Single: return formatSingle(*get<float>());
         case VarType::Double: return formatDouble(*get<double>());
         case VarType::Currency: return formatCurrency(*get<Currency>());
         case VarType::Date: return formatDate(*get<Date>());
         case VarType::String: return *get<Text>();
         case VarType::Boolean: return *get<bool>() ? u"True" : u"False";
-        case VarType::Byte: return asciiText(std::to_string(*get<std::uint8_t>()));
-        case VarType::Object: case VarType::Error: case VarType::ByteArray: break;
+        default: typeMismatch();
     }
-    mismatch();
 }
 
 Ref<Object> Variant::toObject() const {
     if (auto o = get<Ref<Object>>()) return *o;
     if (isEmpty()) return {};
-    mismatch();
+    typeMismatch();
 }
 
 Variant Variant::changeType(VarType target) const {
     if (target == type()) return *this;
+    if (target == VarType::Null) return Variant(Null{});  // anything may become Null
+    if (target == VarType::Object) return toObject();
+    requireScalar(*this);
     switch (target) {
         case VarType::Empty: return Variant();
-        case VarType::Null: return Variant(Null{});
         case VarType::Integer: return toInteger();
         case VarType::Long: return toLong();
         case VarType::Single: return toSingle();
         case VarType::Double: return toDouble();
         case VarType::Currency: return toCurrency();
         case VarType::Date: return toDate();
-        case VarType::String: return toText();
+        case VarType::String: return plainText(*this);
         case VarType::Boolean: return toBoolean();
         case VarType::Byte: return toByte();
-        case VarType::Object: return toObject();
-        case VarType::Error: case VarType::ByteArray: break;
+        default: typeMismatch();
     }
-    mismatch();
 }
-
-// ---- Comparison ----
-
-namespace {
-
-int textOrder(const Text& a, const Text& b) {
-    // Exact equality; otherwise the order of the locale's collation, which
-    // sorts case-insensitively first and puts lower case first on a tie.
-    if (a == b) return 0;
-    Text fa = foldCase(a), fb = foldCase(b);
-    if (fa != fb) return fa < fb ? -1 : 1;
-    for (std::size_t i = 0; i < a.size(); ++i)
-        if (a[i] != b[i]) return a[i] > b[i] ? -1 : 1;
-    return 0;
-}
-
-Comparison fromOrder(int c) { return c < 0 ? Comparison::Less : (c > 0 ? Comparison::Greater : Comparison::Equal); }
-
-}  // namespace
-
-Comparison compare(const Variant& a, const Variant& b) {
-    if (a.isNull() || b.isNull()) return Comparison::Null;
-    const Text* sa = a.get<Text>();
-    const Text* sb = b.get<Text>();
-    if (sa && sb) return fromOrder(textOrder(*sa, *sb));
-    if (sa && b.isEmpty()) return fromOrder(textOrder(*sa, Text()));
-    if (sb && a.isEmpty()) return fromOrder(textOrder(Text(), *sb));
-    if (sa) return Comparison::Greater;  // a text sorts after every number
-    if (sb) return Comparison::Less;
-    if (auto ca = a.get<Currency>()) {
-        if (auto cb = b.get<Currency>()) return fromOrder(ca->scaled < cb->scaled ? -1 : (ca->scaled > cb->scaled));
-    }
-    auto na = numericValue(a), nb = numericValue(b);
-    if (!na || !nb) mismatch();
-    if (*na < *nb) return Comparison::Less;
-    if (*na > *nb) return Comparison::Greater;
-    return Comparison::Equal;
-}
-
-bool variantEquals(const Variant& a, const Variant& b) { return compare(a, b) == Comparison::Equal; }
-
-bool variantEqualsStrict(const Variant& a, const Variant& b) {
-    Comparison c = compare(a, b);
-    if (c == Comparison::Null) errors::raise(Runtime::InvalidUseOfNull);
-    return c == Comparison::Equal;
-}
-
-// ---- Dates from text ----
-
-namespace {
-
-std::optional<double> parseDate(TextView s) {
-    // Tokens: numbers, separators, AM/PM.
-    std::vector<int> dateParts, timeParts;
-    std::optional<bool> pm;
-    std::size_t i = 0, n = s.size();
-    char16_t dateSep = 0;
-    bool inTime = false;
-    while (i < n) {
-        char16_t c = s[i];
-        if (isBlank(c)) {
-            ++i;
-            continue;
-        }
-        if (isDigit(c)) {
-            long v = 0;
-            std::size_t start = i;
-            while (i < n && isDigit(s[i])) {
-                v = v * 10 + (s[i] - u'0');
-                if (v > 100000) return std::nullopt;
-                ++i;
-            }
-            (void)start;
-            if (i < n && s[i] == u':') {
-                inTime = true;
-            }
-            if (inTime) timeParts.push_back(static_cast<int>(v));
-            else dateParts.push_back(static_cast<int>(v));
-            if (i < n && s[i] == u':') {
-                ++i;
-            } else if (i < n && (s[i] == u'/' || s[i] == u'-' || s[i] == u'.')) {
-                if (inTime) return std::nullopt;
-                if (dateSep && dateSep != s[i]) return std::nullopt;
-                dateSep = s[i];
-                ++i;
-            } else {
-                if (inTime) inTime = false;
-            }
-            continue;
-        }
-        if ((c | 0x20) == u'a' || (c | 0x20) == u'p') {
-            if (i + 1 < n && (s[i + 1] | 0x20) == u'm') {
-                pm = (c | 0x20) == u'p';
-                i += 2;
-                continue;
-            }
-        }
-        return std::nullopt;
-    }
-    if (dateParts.empty() && timeParts.empty()) return std::nullopt;
-    double day = 0;
-    if (!dateParts.empty()) {
-        int y, m, d;
-        if (dateParts.size() == 3) {
-            if (dateSep == u'-' && dateParts[0] > 31) {
-                y = dateParts[0], m = dateParts[1], d = dateParts[2];
-            } else {
-                m = dateParts[0], d = dateParts[1], y = dateParts[2];
-            }
-        } else if (dateParts.size() == 2) {
-            m = dateParts[0], d = dateParts[1];
-            y = 0;  // current year is not used here: refuse rather than guess
-            return std::nullopt;
-        } else {
-            return std::nullopt;
-        }
-        if (y < 100) y += y < 30 ? 2000 : 1900;
-        if (!validCivil(y, m, d) || y > 9999) return std::nullopt;
-        day = static_cast<double>(serialFromCivil(y, m, d));
-    }
-    double time = 0;
-    if (!timeParts.empty() || pm) {
-        if (timeParts.empty() || timeParts.size() > 3) return std::nullopt;
-        int h = timeParts[0], mi = timeParts.size() > 1 ? timeParts[1] : 0,
-            se = timeParts.size() > 2 ? timeParts[2] : 0;
-        if (pm) {
-            if (h < 1 || h > 12) return std::nullopt;
-            h = h % 12 + (*pm ? 12 : 0);
-        }
-        if (h > 23 || mi > 59 || se > 59) return std::nullopt;
-        time = (h * 3600 + mi * 60 + se) / 86400.0;
-    }
-    return day < 0 ? day - time : day + time;
-}
-
-}  // namespace
 
 }  // namespace tylhart

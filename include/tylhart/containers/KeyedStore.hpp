@@ -81,6 +81,7 @@ public:
     // a key, a number a position.
     std::size_t indexFor(const Variant& index) const {
         if (const Text* key = index.get<Text>()) return keyIndex(*key);
+        if (index.isNull()) errors::raise(errors::Runtime::InvalidUseOfNull);
         if (index.isObject() || index.isMissing() || index.type() == VarType::ByteArray)
             errors::raise(errors::Runtime::TypeMismatch);
         return positionIndex(index.toLong());

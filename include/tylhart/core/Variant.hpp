@@ -91,10 +91,13 @@ public:
     template <class T>
     const T* get() const noexcept { return std::get_if<T>(&value_); }
 
-    // The runtime's conversion to another kind (VariantChangeTypeEx, 0x0409):
-    // raises Type mismatch (13), Overflow (6) or Invalid use of Null (94).
+    // The runtime's conversion to another kind (VariantChangeTypeEx, 0x0409,
+    // no flags): raises Type mismatch (13) or Overflow (6); Null converts to
+    // nothing but Null. To String a Boolean gives "-1" or "0"; toText() gives
+    // the rendering "True" or "False".
     Variant changeType(VarType target) const;
 
+    // The same conversions, to one kind each.
     std::int16_t toInteger() const;
     std::int32_t toLong() const;
     float toSingle() const;
@@ -105,7 +108,8 @@ public:
     std::uint8_t toByte() const;
     // The text form callers see in renderings: the runtime's conversion to
     // text, with Booleans as True/False. Empty gives the empty text; Null
-    // raises Invalid use of Null.
+    // raises Type mismatch, a Date outside the calendar Invalid procedure
+    // call (5).
     Text toText() const;
     // An object reference; Empty and Nothing give Nothing, others raise 13.
     Ref<Object> toObject() const;
@@ -120,17 +124,32 @@ private:
         value_;
 };
 
-// The runtime's comparison (VarCmp, locale 0x0409, no flags).
+// The runtime's comparison (VarCmp, locale 0x0409, no flags): Empty equals
+// 0 and the empty text, numbers compare by value across kinds (at single
+// precision when one side is a Single), any number sorts before any text,
+// texts sort by the locale's collation and are equal only when identical,
+// and Null on either side gives Null.
 Comparison compare(const Variant& a, const Variant& b);
 // Where a comparison only decides a branch: Null counts as not equal.
 bool variantEquals(const Variant& a, const Variant& b);
 // Where the outcome is stored as a Boolean: Null raises Invalid use of Null.
 bool variantEqualsStrict(const Variant& a, const Variant& b);
 
-// Text forms of the scalar kinds, as the runtime writes them.
+// Text forms of the scalar kinds, as the runtime writes them: 15 (Double)
+// or 7 (Single) significant digits, in 1E+30 form when the exponent is below
+// -4 or reaches the digit count, plain otherwise;
+// M/d/yyyy h:mm:ss AM with the date left out on day 0 and the time left
+// out at midnight, so Date 0 is "12:00:00 AM". formatDate raises Invalid
+// procedure call (5) outside 1 January 100 .. 31 December 9999.
 Text formatDouble(double v);
 Text formatSingle(float v);
 Text formatCurrency(Currency v);
 Text formatDate(Date v);
+
+// The classic leading-number reader (Val): the number a text begins with,
+// skipping blanks, tabs and line feeds anywhere; the decimal point is always
+// the full stop. A text without a leading number gives 0; a number beyond
+// the Double range raises Overflow.
+double leadingNumber(TextView text);
 
 }  // namespace tylhart
