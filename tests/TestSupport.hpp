@@ -31,14 +31,15 @@ struct ErrorRecord {
     }
 };
 
-// The record a call raised; a sentinel when it raised nothing.
+// The record a call raised; NoError when it raised nothing.
+inline const ErrorRecord NoError{0, "", "(no error)"};
 inline ErrorRecord raised(const std::function<void()>& call) {
     try {
         call();
     } catch (const Error& e) {
         return {e.number(), toUtf8(e.source()), toUtf8(e.description())};
     }
-    return {0, "", "(no error)"};
+    return NoError;
 }
 
 inline ErrorRecord libraryError(const char* source, const char16_t* description) {
@@ -60,6 +61,30 @@ inline Variant get(const Ref<Object>& o, const char16_t* name) { return invoke(o
 inline void let(const Ref<Object>& o, const char16_t* name, Variant value) {
     const Variant list[] = {std::move(value)};
     invoke(o, name, Access::Let, list);
+}
+
+// Slots are numbered by declaration order (fields from FirstFieldId, code
+// members from one counter under FirstMethodId or FirstPropertyId), so a few
+// probes, the last slot among them, pin a class's whole numbering.
+inline void expectSlots(const ClassInfo& info, std::initializer_list<std::pair<const char16_t*, DispId>> probes) {
+    for (const auto& [name, id] : probes) {
+        const MemberInfo* m = info.find(name);
+        EXPECT_TRUE(m && m->id == id) << toUtf8(name) << " should be " << std::hex << id;
+    }
+}
+
+// One row per rendering: the object, the level, the exact text (nullptr: Empty).
+struct Rendering {
+    std::function<Ref<Object>()> build;
+    std::int16_t level;
+    const char* expected;
+};
+inline void expectRenderings(std::initializer_list<Rendering> rows) {
+    for (const Rendering& r : rows) {
+        const Variant v = call(r.build(), u"ToString", r.level);
+        if (r.expected) EXPECT_EQ(text(v), r.expected) << "level " << r.level;
+        else EXPECT_TRUE(v.isEmpty()) << "level " << r.level << ": " << text(v);
+    }
 }
 
 }  // namespace test

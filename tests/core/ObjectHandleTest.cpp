@@ -99,48 +99,14 @@ TEST(ObjectHandle, RendersTheHeldObjectAtTheSameLevel) {
 
 TEST(ObjectHandle, MembersCarryTheirSlotIdentifiers) {
     const ClassInfo& info = CObject::staticClassInfo();
-    const std::pair<const char16_t*, DispId> expected[] = {
-        {u"ChangeLevel", 0x40030000},   {u"AttributesAvailable", 0x40030002}, {u"GetCopy", 0x60030000},
-        {u"Compare", 0x60030002},       {u"UntypedObject", 0x68030003},      {u"ObjectDefinition", 0x68030004},
-        {u"MakeVariable", 0x60030005},  {u"MakeCollection", 0x6003000E},     {u"ToString", 0x6003000F}};
-    for (const auto& [name, id] : expected) {
-        ASSERT_NE(info.find(name), nullptr) << toUtf8(name);
-        EXPECT_EQ(info.find(name)->id, id) << toUtf8(name);
-    }
+    expectSlots(info, {{u"AttributesAvailable", 0x40030002}, {u"UntypedObject", 0x68030003},
+                       {u"MakeVariable", 0x60030005}, {u"ToString", 0x6003000F}});
     EXPECT_TRUE(info.find(u"UntypedObject")->let);  // assigned with a plain let
     Ref<Object> handle = make<CObject>();
     let(handle, u"changelevel", Text(u"12"));
     EXPECT_EQ(get(handle, u"ChangeLevel"), Variant(std::int32_t{12}));
     let(handle, u"UntypedObject", Variant(Ref<Object>(make<FakeMenu>())));
     EXPECT_EQ(text(call(handle, u"ToString")), "OBJECT{MENU{Definition{Name:unknown}}}");
-}
-
-TEST(Construct, FreshConstructHasItsOwnKindAndIsAcceptedByAHandle) {
-    auto menu = make<FakeMenu>();
-    EXPECT_EQ(text(menu->Definition()->ToString(2)), "Definition{Name:unknown, Kind:2}");
-    auto handle = menu->MakeObject();
-    EXPECT_EQ(handle->UntypedObject().get(), menu.get());
-}
-
-TEST(Construct, DefinitionLetChecksTheKindAndSharesTheObject) {
-    auto menu = make<FakeMenu>();
-    auto original = menu->Definition();
-    EXPECT_EQ(raised([&] { menu->SetDefinition(makeDefinition(u"x", ddoKVariableDef)); }),
-              libraryError("Menu.Definition", errors::WrongKind));
-    EXPECT_EQ(menu->Definition().get(), original.get());
-    auto mine = makeDefinition(u"main", ddoKMenuDef);
-    menu->SetDefinition(mine);
-    EXPECT_EQ(menu->Definition().get(), mine.get());
-}
-
-TEST(Construct, CopyIsDeep) {
-    auto menu = menuNamed(u"main");
-    auto copy = menu->GetCopy();
-    EXPECT_NE(copy->Definition().get(), menu->Definition().get());
-    EXPECT_TRUE(copy->Compare(menu));
-    copy->Definition()->SetName(u"other");
-    EXPECT_EQ(menu->Definition()->Name(), u"main");
-    EXPECT_FALSE(copy->Compare(menu));
 }
 
 }  // namespace

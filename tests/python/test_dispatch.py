@@ -35,24 +35,14 @@ def definition(name="pressure", kind=t.ddoKVariableDef):
 
 
 class Creation(ErrorRecordMixin, unittest.TestCase):
-    def test_programmatic_names_ignore_case_and_make_new_objects(self):
-        for name in ("TylHartTypes.CDefinition", "tylharttypes.cdefinition", "TYLHARTTYPES.CDEFINITION"):
-            with self.subTest(name=name):
-                a, b = t.CreateObject(name), t.CreateObject(name)
-                self.assertNotEqual(a, b)
-                self.assertEqual(a.Kind, -1)
-                self.assertEqual(a.ToString(2), "Definition{Name:unknown, Kind:-1}")
-
-    def test_class_identifier_with_or_without_braces(self):
-        for clsid in ("{65488EEC-01BE-11D5-8151-00E0291221F9}", "65488eec-01be-11d5-8151-00e0291221f9"):
-            with self.subTest(clsid=clsid):
-                self.assertEqual(t.CreateObjectFromClsid(clsid).ToString(), "Definition{Name:unknown}")
-
-    def test_unknown_names_raise_429(self):
+    def test_names_and_class_identifiers_make_new_objects_or_raise_429(self):
+        a, b = t.CreateObject("tylharttypes.CDEFINITION"), t.CreateObject("TylHartTypes.CDefinition")
+        self.assertNotEqual(a, b)
+        self.assertEqual(a.ToString(2), "Definition{Name:unknown, Kind:-1}")
+        self.assertEqual(t.CreateObjectFromClsid("65488eec-01be-11d5-8151-00e0291221f9").ToString(),
+                         "Definition{Name:unknown}")
         record = self.runtime(CANNOT_CREATE, "ActiveX component can't create object")
-        for name in ("TylHartTypes.CNothing", "CDefinition", ""):
-            with self.subTest(name=name):
-                self.assertRaisesRecord(record, t.CreateObject, name)
+        self.assertRaisesRecord(record, t.CreateObject, "CDefinition")
         self.assertRaisesRecord(record, t.CreateObjectFromClsid, "{016E9347-5C94-11D4-80BA-00E0291221F9}")
 
     def test_every_listed_class_has_a_constructor(self):
@@ -63,12 +53,9 @@ class Creation(ErrorRecordMixin, unittest.TestCase):
                 made = getattr(t, name)()
                 self.assertIn("tylharttypes.%s object" % name, repr(made))
                 self.assertEqual(repr(t.CreateObject("TylHartTypes." + name)).split()[0], "<tylharttypes." + name)
-        # A class of the type library without an implementation yet.
+        # A class of the type library without an implementation yet has no constructor.
         for name in ("CVariable", "CCommand", "CMenu"):
-            if name not in listed:
-                self.assertFalse(hasattr(t, name))
-                self.assertRaisesRecord(self.runtime(CANNOT_CREATE, "ActiveX component can't create object"),
-                                        t.CreateObject, "TylHartTypes." + name)
+            self.assertEqual(hasattr(t, name), name in listed)
 
 
 class DefinitionThroughDispatch(ErrorRecordMixin, unittest.TestCase):
@@ -79,11 +66,7 @@ class DefinitionThroughDispatch(ErrorRecordMixin, unittest.TestCase):
     def test_new_definition_refuses_its_name_and_stays_unchanged(self):
         d = t.CDefinition()
         self.assertRaisesRecord(self.NOT_INITIALIZED, getattr, d, "Name")
-        with self.assertRaises(t.Error) as caught:
-            d.Name = "x"
-        self.assertEqual(caught.exception.number, -2147024809)
-        self.assertEqual(caught.exception.source, "CDefinition.DefName")
-        self.assertEqual(caught.exception.description, "Object not yet initialized!")
+        self.assertRaisesRecord(self.NOT_INITIALIZED, setattr, d, "Name", "x")
         self.assertRaisesRecord((INVALID_ARGUMENT, "CDefinition.Initialize", "Index is out of range!"),
                                 d.Initialize, "pressure", 10)
         self.assertEqual(d.ToString(2), "Definition{Name:unknown, Kind:-1}")
@@ -93,7 +76,6 @@ class DefinitionThroughDispatch(ErrorRecordMixin, unittest.TestCase):
         self.assertIsNone(d.Initialize("pressure", t.ddoKVariableDef))
         self.assertEqual(d.Name, "pressure")
         self.assertEqual(d.Kind, 0)
-        self.assertEqual(d.ToString(2), "Definition{Name:pressure, Kind:0}")
         self.assertEqual(d.ToString(), "Definition{Name:pressure}")
         self.assertEqual(d.ToString(InfoLevel=2), "Definition{Name:pressure, Kind:0}")
         self.assertIs(d.ToString(0), t.Empty)
@@ -221,9 +203,6 @@ class Module(unittest.TestCase):
     def test_listing(self):
         lines = t.typeLibraryListing().splitlines()
         self.assertEqual(lines[0], "library TylHartTypes {016E9347-5C94-11D4-80BA-00E0291221F9} locale 0x0409")
-        start = lines.index("interface _CDefinition {729158C8-9D51-4DB2-96AA-0E9801C2A6FB}")
-        self.assertEqual(lines[start + 1], "  0x68030000 get let Name() As String")
-        self.assertEqual(lines[start + 7], "  0x60030006 method ToString(Optional InfoLevel As Integer = 1) As Variant")
 
     def test_unload_answer_follows_the_live_objects(self):
         gc.collect()

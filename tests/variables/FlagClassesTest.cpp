@@ -1,7 +1,6 @@
 #include <climits>
 
 #include "TestSupport.hpp"
-#include "tylhart/automation/Registry.hpp"
 #include "tylhart/containers/CValueSet.hpp"
 #include "tylhart/variables/FlagClasses.hpp"
 
@@ -94,34 +93,26 @@ TYPED_TEST(FlagClasses, CopiesAreEqualAndIndependent) {
     EXPECT_EQ(this->flags(), this->flagsWith({0, 1}));
 }
 
-TEST(FlagClasses, MembersCarryTheirSlotIdentifiersAndClassesAreCreatable) {
-    const std::tuple<const char16_t*, const char16_t*, DispId> members[] = {
-        {u"CVariableClass", u"GetClassInfoObj", 0x60030000}, {u"CVariableClass", u"ToString", 0x60030005},
-        {u"CMethodClass", u"ClassInfo", 0x68030001},         {u"CStatusClass", u"Output", 0x40030000},
-        {u"CStatusClass", u"Other", 0x68030001},             {u"COutputStatusClass", u"Range", 0x40030000},
-        {u"COutputStatusClass", u"GetModeObj", 0x60030000},  {u"COutputStatusClass", u"Kind", 0x68030002},
-        {u"COutputStatusClass", u"ToString", 0x60030006},    {u"COutputStatusClassSet", u"FindItem", 0x60030003},
-        {u"COutputStatusClassSet", u"ToString", 0x6003000B},
-    };
-    for (const auto& [className, member, id] : members) {
-        Ref<Object> made = automation::CreateObject(u"TylHartTypes." + Text(className));
-        EXPECT_EQ(made->className(), className);
-        EXPECT_EQ(dispIdOfName(*made, member), id) << toUtf8(member);
-    }
+TEST(FlagClasses, MembersCarryTheirSlotIdentifiers) {
+    expectSlots(CVariableClass::staticClassInfo(), {{u"GetClassInfoObj", 0x60030000}, {u"ToString", 0x60030005}});
+    expectSlots(CMethodClass::staticClassInfo(), {{u"ClassInfo", 0x68030001}});
+    expectSlots(CStatusClass::staticClassInfo(), {{u"Output", 0x40030000}, {u"Other", 0x68030001}});
+    expectSlots(COutputStatusClass::staticClassInfo(), {{u"Range", 0x40030000}, {u"Kind", 0x68030002},
+                                                        {u"ToString", 0x60030006}});
+    expectSlots(COutputStatusClassSet::staticClassInfo(), {{u"FindItem", 0x60030003}, {u"ToString", 0x6003000B}});
     EXPECT_EQ(COutputStatusClassSet::staticClassInfo().find(u"Union"), nullptr);
 }
 
-class OutputKind : public ::testing::TestWithParam<std::int32_t> {};
-
-TEST_P(OutputKind, OutsideDVToALLIsRefusedAndTheKindStays) {
+TEST(FlagClasses, OutputKindOutsideDVToALLIsRefusedAndTheKindStays) {
     const ErrorRecord refused = libraryError("COutputStatusClass.Kind", errors::IndexOutOfRange);
     auto entry = make<COutputStatusClass>();
     let(entry, u"Kind", Variant(std::int32_t{ddosCALL}));
-    EXPECT_EQ(raised([&] { entry->SetKind(static_cast<enumDDOutputStatusClass>(GetParam())); }), refused);
-    EXPECT_EQ(raised([&] { let(entry, u"Kind", Variant(GetParam())); }), refused);
+    for (std::int32_t kind : {-1, 4, INT_MIN, INT_MAX}) {
+        EXPECT_EQ(raised([&] { entry->SetKind(static_cast<enumDDOutputStatusClass>(kind)); }), refused) << kind;
+        EXPECT_EQ(raised([&] { let(entry, u"Kind", Variant(kind)); }), refused) << kind;
+    }
     EXPECT_EQ(entry->Kind(), ddosCALL);
 }
-INSTANTIATE_TEST_SUITE_P(FlagClasses, OutputKind, ::testing::Values(-1, 4, INT_MIN, INT_MAX));
 
 Ref<COutputStatusClass> entry(enumDDOutputStatusClass kind, std::int32_t range, bool mode1 = false) {
     auto e = make<COutputStatusClass>();
@@ -135,7 +126,7 @@ TEST(FlagClasses, OutputStatusClassCopiesAndComparesKindAndRange) {
     auto a = entry(ddosCAO, -7, true);
     EXPECT_EQ(text(a->ToString(2)), "OutputStatusClass{BESCHEIBUNG:01, Kind:2, Range:-7}");
     auto b = a->GetCopy();
-    EXPECT_EQ(text(b->ToString(2)), "OutputStatusClass{BESCHEIBUNG:01, Kind:2, Range:-7}");
+    EXPECT_TRUE(b->Compare(a));
     b->Range = 0;
     EXPECT_FALSE(b->Compare(a));
     EXPECT_FALSE(entry(ddosCTV, -7, true)->Compare(a));
