@@ -12,6 +12,7 @@
 #include "tylhart/variables/CCharArray.hpp"
 #include "tylhart/variables/COutputStatusClassSet.hpp"
 #include "tylhart/variables/CType.hpp"
+#include "tylhart/variables/CVariable.hpp"
 #include "tylhart/variables/EnumeratorSets.hpp"
 #include "tylhart/variables/FlagClasses.hpp"
 
@@ -63,7 +64,7 @@ constexpr ClassEntry classTable[] = {
     TYLHART_CLASS_ROW(CObject, "{DED357F0-1238-4748-A3B9-FB15EA22035F}", "{C18E4D99-DC67-4A6D-95D3-93CC1E524FC0}", &CObject::staticClassInfo),
     TYLHART_CLASS_ROW(CTransactionDef, "{9B5563BC-4928-4BDF-B7F7-A65558832B7E}", "{83AAD6FA-410D-4713-BCBA-410E0EE0CCF0}", nullptr),
     TYLHART_CLASS_ROW(CType, "{113218AE-E4F5-41FB-8F48-9D6186873ACA}", "{934F2C43-D1F5-4925-B7A6-BC9D4B35A663}", &CType::staticClassInfo),
-    TYLHART_CLASS_ROW(CVariable, "{9439C1CD-5332-4AA2-B705-0C7CE8D76C5C}", "{53E47713-8A46-4618-8BA4-F6BF4F85791C}", nullptr),
+    TYLHART_CLASS_ROW(CVariable, "{9439C1CD-5332-4AA2-B705-0C7CE8D76C5C}", "{53E47713-8A46-4618-8BA4-F6BF4F85791C}", &CVariable::staticClassInfo),
     TYLHART_CLASS_ROW(CEditDisplay, "{614696EB-A96F-4226-B02C-1A111ED03016}", "{21A67C18-87D8-4B3A-845B-C9CF43A9370C}", nullptr),
     TYLHART_CLASS_ROW(CEditDisplayItem, "{F8BE6B19-773F-4658-ADAB-43E50A75FA43}", "{1CFE675E-565D-450A-8AEE-B5634F99E0E1}", nullptr),
     TYLHART_CLASS_ROW(CEditDisplayItemList, "{414C2D97-6E95-42D9-8F4F-84A1BBCEEEA9}", "{389DFDD1-971C-4708-9957-C28968DB472B}", nullptr),

@@ -1,0 +1,327 @@
+#include "tylhart/variables/CVariable.hpp"
+
+#include <cmath>
+#include <string>
+
+#include "tylhart/containers/Elements.hpp"
+#include "tylhart/core/Clock.hpp"
+
+namespace tylhart {
+
+namespace {
+
+template <class T>
+T& checked(const Ref<T>& other) {
+    if (!other) errors::raise(errors::Runtime::ObjectNotSet);
+    return *other;
+}
+
+Text decimal(std::int32_t v) { return fromUtf8(std::to_string(v)); }
+Text boolText(bool v) { return v ? u"True" : u"False"; }
+
+std::int16_t lower(std::int16_t infoLevel, int by) { return static_cast<std::int16_t>(infoLevel - by); }
+
+// Whole seconds since 30 December 1899 at which the date's second starts.
+// A date before that day counts its time of day forward from the start of
+// its (negative) day. Milliseconds first, so that the binary fraction of a
+// date written as an exact second does not fall short of it.
+std::int64_t secondOf(Date d) {
+    const double whole = std::trunc(d.days);
+    const double timeOfDay = std::fabs(d.days - whole);
+    const auto millis = static_cast<std::int64_t>(std::llround((whole + timeOfDay) * 86400000.0));
+    return millis >= 0 ? millis / 1000 : -((-millis + 999) / 1000);
+}
+
+// Second boundaries crossed from `from` to `to`, as the runtime's date
+// difference in seconds counts them.
+std::int64_t secondsBetween(Date from, Date to) { return secondOf(to) - secondOf(from); }
+
+}  // namespace
+
+CVariable::CVariable() {
+    handling_.setText(u"11");  // readable and writable
+    SetAvailable(false);
+}
+
+// ---- Values ----
+
+void CVariable::SetValue(const Variant& newValue) {
+    value_ = newValue.isNull() ? Variant() : newValue;
+    LastSetTime = now();
+}
+
+Variant CVariable::Value() {
+    if (!value_.isEmpty()) {
+        value_ = NormalizeValue(value_);
+        return value_;
+    }
+    if (!DefaultValue.isEmpty()) {
+        DefaultValue = NormalizeValue(DefaultValue);
+        LastSetTime = now();
+        return DefaultValue;
+    }
+    Variant legal = GetLegalValue();
+    LastSetTime = now();
+    return legal;
+}
+
+Variant CVariable::NormalizeValue(Variant& value) const {
+    Variant result = value;
+    if (!TypeInfo || !value.isString()) return result;
+    switch (TypeInfo->Kind()) {
+        case ddvTFloat:
+        case ddvTDouble: {
+            // A decimal comma is read as a point: the text is rewritten in
+            // the caller's value before the leading number is read.
+            Text text = *value.get<Text>();
+            for (char16_t& c : text)
+                if (c == u',') c = u'.';
+            value = text;
+            try {
+                result = leadingNumber(text);
+            } catch (const Error&) {
+            }
+            break;
+        }
+        case ddvTInt:
+        case ddvTUnsigned:
+        case ddvTEnumerator:
+        case ddvTBitEnumerator:
+        case ddvTIndex:
+        case ddvTDate:
+        case ddvTTime:
+        case ddvTDateAndTime:
+        case ddvTDuration:
+        case ddvTTimeValue:
+            try {
+                result = value.toLong();
+            } catch (const Error&) {
+            }
+            break;
+        default:
+            break;
+    }
+    return result;
+}
+
+bool CVariable::InitialValue() const { return variantEqualsStrict(value_, DefaultValue); }
+
+bool CVariable::Initialized() const { return checked(TypeInfo).Kind() != ddvTUndefined; }
+
+// ---- Availability ----
+
+bool CVariable::Available() {
+    if (!available_) return false;
+    const std::int32_t period = checked(Class).ClassInfo(ddvCDynamic) ? dynAvailability_ : availability_;
+    // Reported unavailable when asked SOONER than the period after the
+    // last stamp; at or after the period it stays available. Hosts depend
+    // on this direction, so it is not turned round.
+    if (period >= 0 && period > secondsBetween(LastSetTime, now())) available_ = false;
+    return available_;
+}
+
+void CVariable::SetAvailable(bool newValue) {
+    available_ = newValue;
+    if (newValue) LastSetTime = now();
+}
+
+// ---- Copy protocol ----
+
+void CVariable::SetFromObject(const Ref<CVariable>& toCopy) {
+    const CVariable& source = checked(toCopy);
+    value_ = source.GetValuePlain();  // no defaulting, no normalisation
+    Class = checked(source.Class).GetCopy();
+    ConstantUnit = source.ConstantUnit;
+    VariableUnit = source.VariableUnit;
+    UnitVariable = source.UnitVariable;  // shared, never copied
+    ErrorText = source.ErrorText;
+    ErrorCode = source.ErrorCode;
+    Help = source.Help;
+    Label = source.Label;
+    DefaultValue = source.DefaultValue;
+    PreEditActions = checked(source.PreEditActions).GetCopy();
+    PostEditActions = checked(source.PostEditActions).GetCopy();
+    PreReadActions = checked(source.PreReadActions).GetCopy();
+    PostReadActions = checked(source.PostReadActions).GetCopy();
+    PreWriteActions = checked(source.PreWriteActions).GetCopy();
+    PostWriteActions = checked(source.PostWriteActions).GetCopy();
+    ReadTimeout = source.ReadTimeout;
+    WriteTimeout = source.WriteTimeout;
+    TypeInfo = checked(source.TypeInfo).GetCopy();
+    Validity = source.Validity;
+    ToBeWritten = source.ToBeWritten;
+    IsChecked = source.IsChecked;
+    InRecursion = source.InRecursion;
+    InReadRecursion = source.InReadRecursion;
+    available_ = source.GetAvailablePlain();  // the flag, without the period test
+    availability_ = source.Availability();
+    dynAvailability_ = source.DynAvailability();
+    LastSetTime = source.LastSetTime;
+    SetDefinition(checked(source.Definition()).GetCopy());
+    handling_.setText(source.handling_.text());
+    SetRelations(checked(source.Relations()).GetCopy());
+}
+
+bool CVariable::Compare(const Ref<CVariable>& toCompare) const {
+    const CVariable& other = checked(toCompare);
+    if (!checked(definition_).Compare(other.Definition())) return false;
+    if (!variantEqualsStrict(value_, other.GetValuePlain())) return false;
+    if (ErrorText != other.ErrorText || ErrorCode != other.ErrorCode) return false;
+    if (!checked(Class).Compare(other.Class)) return false;
+    if (ConstantUnit != other.ConstantUnit || VariableUnit != other.VariableUnit) return false;
+    if (!UnitVariable) {
+        if (other.UnitVariable) return false;
+    } else if (!other.UnitVariable || !UnitVariable->Compare(other.UnitVariable)) {
+        return false;
+    }
+    if (Help != other.Help || Label != other.Label) return false;
+    if (!checked(PreEditActions).Compare(other.PreEditActions) ||
+        !checked(PostEditActions).Compare(other.PostEditActions) ||
+        !checked(PreReadActions).Compare(other.PreReadActions) ||
+        !checked(PostReadActions).Compare(other.PostReadActions) ||
+        !checked(PreWriteActions).Compare(other.PreWriteActions) ||
+        !checked(PostWriteActions).Compare(other.PostWriteActions))
+        return false;
+    if (ReadTimeout != other.ReadTimeout || WriteTimeout != other.WriteTimeout) return false;
+    if (!checked(TypeInfo).Compare(other.TypeInfo)) return false;
+    if (Validity != other.Validity || available_ != other.GetAvailablePlain() ||
+        availability_ != other.Availability() || dynAvailability_ != other.DynAvailability() ||
+        LastSetTime != other.LastSetTime || ToBeWritten != other.ToBeWritten ||
+        IsChecked != other.IsChecked || InRecursion != other.InRecursion ||
+        InReadRecursion != other.InReadRecursion)
+        return false;
+    if (handling_.text() != other.handling_.text()) return false;
+    return variantEqualsStrict(DefaultValue, other.DefaultValue);
+}
+
+// ---- Rendering ----
+
+Variant CVariable::ToString(std::int16_t infoLevel) const {
+    if (infoLevel < 1) {
+        Text out = u"VARIABLE{";
+        if (definition_) out += concatText(definition_->ToString(1));
+        return out + u"}";
+    }
+    Text out = renderHead(u"VARIABLE{", infoLevel);
+    if (infoLevel > 1) {
+        out += u", Value:" + concatText(value_);
+        out += u", Help:" + Help;
+        out += u", Label:" + Label;
+        out += u", ConstantUnit:" + ConstantUnit;
+        out += u", VariableUnit:" + VariableUnit;
+        if (UnitVariable) out += u", UnitVariable:" + concatText(UnitVariable->ToString(lower(infoLevel, 1)));
+        out += u", Available:" + boolText(available_);
+        out += u", DefaultValue:" + concatText(DefaultValue);
+        out += u", ToBeWritten:" + boolText(ToBeWritten);
+        out += u", Validity:" + boolText(Validity);
+        if (TypeInfo) out += u", TypeInfo:" + concatText(TypeInfo->ToString(lower(infoLevel, 1)));
+    }
+    if (infoLevel >= 3) {
+        out += u", IsChecked:" + boolText(IsChecked);
+        out += u", InRecursion:" + boolText(InRecursion);
+        out += u", InReadRecursion:" + boolText(InReadRecursion);
+        out += u", ErrorText:" + ErrorText;
+        out += u", ErrorCode:" + decimal(ErrorCode);
+        out += u", LastSetTime:" + Variant(LastSetTime).toText();
+        out += u", ReadTimeout:" + decimal(ReadTimeout);
+        out += u", WriteTimeout:" + decimal(WriteTimeout);
+        if (handling_.object()) out += u", m_Handling:" + handling_.text();
+        if (relations_) {
+            // Printed twice: readers of this text expect both copies.
+            const Text relations = u", m_Relations:" + concatText(relations_->ToString(lower(infoLevel, 2)));
+            out += relations;
+            out += relations;
+        }
+        const std::pair<const char16_t*, const Ref<CDefinitionList>*> lists[] = {
+            {u", PreEditActions:", &PreEditActions},   {u", PostEditActions:", &PostEditActions},
+            {u", PreReadActions:", &PreReadActions},   {u", PostReadActions:", &PostReadActions},
+            {u", PreWriteActions:", &PreWriteActions}, {u", PostWriteActions:", &PostWriteActions},
+        };
+        for (const auto& [label, list] : lists)
+            if (*list) out += label + concatText((*list)->ToString(lower(infoLevel, 2)));
+    }
+    return out + u"}";
+}
+
+// ---- Member table ----
+
+const ClassInfo& CVariable::staticClassInfo() {
+    static const ClassInfo info = [] {
+        using V = CVariable;
+        // The tests take their arguments by reference, as callers declare them.
+        const auto byRef = [](const char16_t* name, Variant defaultValue = Missing{}) {
+            return Param{name, std::move(defaultValue), true, true};
+        };
+        const std::vector<Param> valueOnly{byRef(u"TestValue")};
+        const std::vector<Param> valueAndSize{byRef(u"TestValue"), byRef(u"TestSize", std::int32_t{-1})};
+        using Test1 = bool (V::*)(const Variant&);
+        using Test1C = bool (V::*)(const Variant&) const;
+        using Test2 = bool (V::*)(const Variant&, std::int32_t);
+        using Test2C = bool (V::*)(const Variant&, std::int32_t) const;
+
+        ClassBuilder<V> b(TypeName);
+        b.field(u"Class", &V::Class)
+            .field(u"ConstantUnit", &V::ConstantUnit)
+            .field(u"VariableUnit", &V::VariableUnit)
+            .field(u"UnitVariable", &V::UnitVariable)
+            .field(u"DefaultValue", &V::DefaultValue)
+            .field(u"Help", &V::Help)
+            .field(u"Label", &V::Label)
+            .field(u"PreEditActions", &V::PreEditActions)
+            .field(u"PostEditActions", &V::PostEditActions)
+            .field(u"PreReadActions", &V::PreReadActions)
+            .field(u"PostReadActions", &V::PostReadActions)
+            .field(u"PreWriteActions", &V::PreWriteActions)
+            .field(u"PostWriteActions", &V::PostWriteActions)
+            .field(u"ReadTimeout", &V::ReadTimeout)
+            .field(u"WriteTimeout", &V::WriteTimeout)
+            .field(u"TypeInfo", &V::TypeInfo)
+            .field(u"Validity", &V::Validity)
+            .field(u"ToBeWritten", &V::ToBeWritten)
+            .field(u"IsChecked", &V::IsChecked)
+            .field(u"InRecursion", &V::InRecursion)
+            .field(u"ErrorText", &V::ErrorText)
+            .field(u"ErrorCode", &V::ErrorCode)
+            .field(u"LastSetTime", &V::LastSetTime)
+            .method(u"GetHandlingObj", &V::GetHandlingObj)
+            .property(u"Handling", &V::Handling, &V::SetHandling, {Param{u"Index", Missing{}, false, true}});
+        describeDefinition(b);
+        b.asLet();
+        describeGetCopy(b);
+        b.method(u"SetFromObject", &V::SetFromObject, {required(u"ToCopy")})
+            .method(u"Compare", &V::Compare, {required(u"ToCompare")})
+            .method(u"IsLegalValue",
+                    static_cast<bool (V::*)(const Variant&, enumDDVariableType)>(&V::IsLegalValue),
+                    {byRef(u"TestValue"), byRef(u"TestType", std::int32_t{-1})})
+            .method(u"IsFloat", static_cast<Test1>(&V::IsFloat), valueOnly)
+            .method(u"IsDouble", static_cast<Test1>(&V::IsDouble), valueOnly)
+            .method(u"IsInteger", static_cast<Test2C>(&V::IsInteger), valueAndSize)
+            .method(u"IsUnsigned", static_cast<Test2C>(&V::IsUnsigned), valueAndSize)
+            .method(u"IsString", static_cast<Test2>(&V::IsString), valueAndSize)
+            .method(u"IsBitString", static_cast<Test2>(&V::IsBitString), valueAndSize)
+            .method(u"IsDate", static_cast<Test1>(&V::IsDate), valueOnly)
+            .method(u"IsTime", static_cast<Test1C>(&V::IsTime), valueOnly);
+        describeMakeObject(b);
+        b.method(u"GetLegalValue", &V::GetLegalValue)
+            .property(u"Value", &V::Value, &V::SetValue)
+            .asLet()
+            .property(u"Relations", &V::Relations, &V::SetRelations)
+            .asLet()
+            .method(u"RecalcToUnit", &V::RecalcToUnit, {Param{u"NewUnit", Missing{}, false, true}})
+            .property(u"Available", &V::Available, &V::SetAvailable)
+            .property(u"DynAvailability", &V::DynAvailability, &V::SetDynAvailability)
+            .property(u"Availability", &V::Availability, &V::SetAvailability)
+            .method(u"GetAvailablePlain", &V::GetAvailablePlain)
+            .method(u"GetValuePlain", &V::GetValuePlain)
+            .getter(u"InitialValue", &V::InitialValue)
+            .method(u"ToString", &V::ToString, {optional(u"InfoLevel", std::int16_t{1})})
+            .getter(u"Initialized", &V::Initialized)
+            // Declared after InRecursion, but listed last with the number
+            // after LastSetTime's, as the type library has it.
+            .field(u"InReadRecursion", &V::InReadRecursion);
+        return b.build([] { return Ref<Object>(make<CVariable>()); });
+    }();
+    return info;
+}
+
+}  // namespace tylhart
