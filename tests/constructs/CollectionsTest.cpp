@@ -9,38 +9,24 @@ const ErrorRecord NotSet = platformError(errors::Runtime::ObjectNotSet);
 
 Ref<CMember> member(const char16_t* ident, Ref<CDefinition> definition = make<CDefinition>()) {
     auto m = make<CMember>();
-    m->Ident = ident;
-    m->Description = u"d";
-    m->Help = u"h";
-    m->Definition = std::move(definition);
-    return m;
+    return m->Ident = ident, m->Description = u"d", m->Help = u"h", m->Definition = std::move(definition), m;
 }
 Ref<CElement> element(std::int16_t value, Ref<CDefinition> definition = make<CDefinition>()) {
     auto e = make<CElement>();
-    e->Value = value;
-    e->Description = u"a";
-    e->Help = u"b";
-    e->Definition = std::move(definition);
-    return e;
+    return e->Value = value, e->Description = u"a", e->Help = u"b", e->Definition = std::move(definition), e;
 }
 Ref<Object> labelledCollection() {
     auto c = make<CCollection>();
-    c->Label = u"L";
-    c->Help = u"H";
-    c->Members->Add(member(u"x"));
-    return c;
+    return c->Label = u"L", c->Help = u"H", c->Members->Add(member(u"x")), c;
 }
 Ref<Object> labelledArray() {
     auto a = make<CArray>();
-    a->Label = u"L";
-    a->Elements->Add(element(3));
-    return a;
+    return a->Label = u"L", a->Elements->Add(element(3)), a;
 }
 
 TEST(Collections, RenderExactly) {
     expectRenderings({
         {[] { return element(3); }, 2, "Element{Definition{Name:unknown, Kind:-1}, Value:3, Description:a, Help:b}"},
-        {[] { return element(-7); }, 1, "Element{Definition{Name:unknown}}"},
         {[] { return element(3); }, 0, nullptr},
         {[] { return member(u"x", makeDefinition(u"pv", ddoKVariableDef)); }, 2,
          "Member{Definition{Name:pv, Kind:0}, Ident:x, Description:d, Help:h}"},
@@ -51,24 +37,14 @@ TEST(Collections, RenderExactly) {
         {labelledCollection, 3,
          "COLLECTION{Definition{Name:unknown, Kind:9}, Label:L, Help:H, Members:MemberSet{Count:1, "
          "Items: { Member{Definition{Name:unknown}}}}}"},
-        {[] {
-             auto c = make<CCollection>();
-             c->Members = nullptr;
-             return c;
-         },
-         2, "COLLECTION{Definition{Name:unknown, Kind:9}, Label:, Help:}"},
+        {[] { auto c = make<CCollection>(); return c->Members = nullptr, c; }, 2, "COLLECTION{Definition{Name:unknown, Kind:9}, Label:, Help:}"},
         {labelledArray, 1, "ARRAY{Definition{Name:unknown}}"},
         {[] { return make<CArray>(); }, 2,
          "ARRAY{Definition{Name:unknown, Kind:8}, Label:, Help:, Elements:CElementList{Count:0}}"},
         {labelledArray, 3,
          "ARRAY{Definition{Name:unknown, Kind:8}, Label:L, Help:, Elements:CElementList{Count:1, "
          "Items: { Element{Definition{Name:unknown}}}}}"},
-        {[] {
-             auto a = make<CArray>();
-             a->Elements = nullptr;
-             return a;
-         },
-         2, "ARRAY{Definition{Name:unknown, Kind:8}, Label:, Help:}"},
+        {[] { auto a = make<CArray>(); return a->Elements = nullptr, a; }, 2, "ARRAY{Definition{Name:unknown, Kind:8}, Label:, Help:}"},
         {labelledArray, -1, nullptr},
     });
 }
@@ -83,11 +59,21 @@ const char* const definitionSource = std::is_same_v<C, CArray> ? "CArray.Definit
 using ConstructClasses = ::testing::Types<CCollection, CArray>;
 TYPED_TEST_SUITE(ConstructKind, ConstructClasses);
 
-TYPED_TEST(ConstructKind, DefinitionLetChecksTheKindAndStoresTheObjectItself) {
+TYPED_TEST(ConstructKind, DefinitionLetChecksTheKindAndStoresTheObjectItselfAndAHandleHoldsTheConstruct) {
     auto construct = make<TypeParam>();
     const auto own = construct->Definition();
-    EXPECT_EQ(own->Name(), u"unknown");
-    EXPECT_EQ(own->Kind(), TypeParam::ObjectKind);
+    EXPECT_TRUE(own->Name() == u"unknown" && own->Kind() == TypeParam::ObjectKind);
+    auto handle = construct->MakeObject();
+    EXPECT_EQ(handle->UntypedObject().get(), construct.get());
+    EXPECT_EQ(handle->ObjectDefinition().get(), own.get());
+    const ErrorRecord mismatch = platformError(errors::Runtime::TypeMismatch);
+    if constexpr (std::is_same_v<TypeParam, CArray>) {
+        EXPECT_EQ(handle->MakeArray().get(), construct.get());
+        EXPECT_EQ(raised([&] { handle->MakeCollection(); }), mismatch);
+    } else {
+        EXPECT_EQ(handle->MakeCollection().get(), construct.get());
+        EXPECT_EQ(raised([&] { handle->MakeArray(); }), mismatch);
+    }
     const ErrorRecord wrongKind = libraryError(definitionSource<TypeParam>, errors::WrongKind);
     const enumDDObjectKind other = TypeParam::ObjectKind == ddoKArrayDef ? ddoKCollectionDef : ddoKArrayDef;
     for (auto wrong : {makeDefinition(u"w", other), makeDefinition(u"v", ddoKVariableDef), make<CDefinition>()}) {
@@ -106,15 +92,12 @@ TYPED_TEST(ConstructKind, CopyIsIndependentAndCompareIsExactOnLabelHelpAndDefini
     EXPECT_TRUE(copy->Compare(source));
     EXPECT_NE(copy->Definition().get(), source->Definition().get());
     copy->Definition()->SetName(u"Original");
-    EXPECT_EQ(source->Definition()->Name(), u"original");
-    EXPECT_FALSE(copy->Compare(source));
+    EXPECT_TRUE(source->Definition()->Name() == u"original" && !copy->Compare(source));
 
     auto a = make<TypeParam>(), b = make<TypeParam>();
-    b->Label = u"x";
-    a->Label = u"X";
+    b->Label = u"x", a->Label = u"X";
     EXPECT_FALSE(a->Compare(b));
-    a->Label = u"x";
-    b->Help = u"h";
+    a->Label = u"x", b->Help = u"h";
     EXPECT_FALSE(a->Compare(b));
     a->Help = u"h";
     EXPECT_TRUE(a->Compare(b));
@@ -124,41 +107,22 @@ TYPED_TEST(ConstructKind, CopyIsIndependentAndCompareIsExactOnLabelHelpAndDefini
 // the kind check; a source without a container by the call on Nothing. The
 // receiver keeps everything it had either way.
 TYPED_TEST(ConstructKind, RefusedCopyLeavesTheReceiverUnchanged) {
-    auto receiver = make<TypeParam>();
-    receiver->Label = u"kept";
+    auto receiver = make<TypeParam>(), lostKind = make<TypeParam>(), noContainer = make<TypeParam>();
+    receiver->Label = u"kept", lostKind->Label = u"new", noContainer->Label = u"new";
     const auto definition = receiver->Definition();
-    auto lostKind = make<TypeParam>();
-    lostKind->Label = u"new";
     lostKind->Definition()->SetFromObject(make<CDefinition>());
     EXPECT_EQ(raised([&] { receiver->SetFromObject(lostKind); }),
               libraryError(definitionSource<TypeParam>, errors::WrongKind));
-    auto noContainer = make<TypeParam>();
-    noContainer->Label = u"new";
     if constexpr (std::is_same_v<TypeParam, CCollection>) noContainer->Members = nullptr;
     else noContainer->Elements = nullptr;
     EXPECT_EQ(raised([&] { receiver->SetFromObject(noContainer); }), NotSet);
-    EXPECT_EQ(receiver->Label, u"kept");
-    EXPECT_EQ(receiver->Definition().get(), definition.get());
-}
-
-TYPED_TEST(ConstructKind, MakeObjectYieldsAHandleOnTheConstructItself) {
-    auto construct = make<TypeParam>();
-    auto handle = construct->MakeObject();
-    EXPECT_EQ(handle->UntypedObject().get(), construct.get());
-    EXPECT_EQ(handle->ObjectDefinition().get(), construct->Definition().get());
-    const ErrorRecord mismatch = platformError(errors::Runtime::TypeMismatch);
-    if constexpr (std::is_same_v<TypeParam, CArray>) {
-        EXPECT_EQ(handle->MakeArray().get(), construct.get());
-        EXPECT_EQ(raised([&] { handle->MakeCollection(); }), mismatch);
-    } else {
-        EXPECT_EQ(handle->MakeCollection().get(), construct.get());
-        EXPECT_EQ(raised([&] { handle->MakeArray(); }), mismatch);
-    }
+    EXPECT_TRUE(receiver->Label == u"kept" && receiver->Definition().get() == definition.get());
 }
 
 // ---- Copy depth of the children ----
 
-TEST(Collection, CopyHasItsOwnMemberSetThatSharesTheMembers) {
+TEST(Collections, CopyDepth) {
+    // A collection's copy has its own member set, which shares the members.
     auto source = make<CCollection>();
     auto m = member(u"pressure");
     source->Members->Add(m);
@@ -168,31 +132,24 @@ TEST(Collection, CopyHasItsOwnMemberSetThatSharesTheMembers) {
     ASSERT_TRUE(copy->Members->NewEnum()->next(stored));
     EXPECT_EQ(stored.toObject().get(), m.get());  // member sets copy shallowly
     copy->Members->Add(member(u"flow"));
-    EXPECT_EQ(source->Members->Count(), 1);
-    EXPECT_FALSE(copy->Compare(source));
-}
-
-TEST(Array, CopyHasItsOwnElementsAndDefinitions) {
-    auto source = make<CArray>();
+    EXPECT_TRUE(source->Members->Count() == 1 && !copy->Compare(source));
+    // An array's copy has its own elements and their own definitions.
+    auto array = make<CArray>();
     auto e = element(1, makeDefinition(u"pv", ddoKVariableDef));
-    source->Elements->Add(e);
-    auto copy = source->GetCopy();
-    EXPECT_NE(copy->Elements.get(), source->Elements.get());
-    auto copied = copy->Elements->Item(1);
-    EXPECT_NE(copied.get(), e.get());
-    EXPECT_NE(copied->Definition.get(), e->Definition.get());
-    EXPECT_TRUE(copy->Compare(source));
+    array->Elements->Add(e);
+    auto arrayCopy = array->GetCopy();
+    auto copied = arrayCopy->Elements->Item(1);
+    EXPECT_TRUE(arrayCopy->Elements != array->Elements && copied != e && copied->Definition != e->Definition);
+    EXPECT_TRUE(arrayCopy->Compare(array));
     copied->Definition->SetName(u"sv");
-    EXPECT_EQ(e->Definition->Name(), u"pv");
-    EXPECT_FALSE(copy->Compare(source));
+    EXPECT_TRUE(e->Definition->Name() == u"pv" && !arrayCopy->Compare(array));
 }
 
 // ---- Members and elements ----
 
 TEST(Records, EveryComparedFieldMattersAndTextsAreCaseSensitive) {
-    const std::function<void(CMember&)> memberChanges[] = {
-        [](CMember& m) { m.Ident = u"X"; }, [](CMember& m) { m.Description = u"D"; },
-        [](CMember& m) { m.Help = u"h "; },
+    const std::function<void(CMember&)> memberChanges[] = {[](CMember& m) { m.Ident = u"X"; },
+        [](CMember& m) { m.Description = u"D"; }, [](CMember& m) { m.Help = u"h "; },
         [](CMember& m) { m.Definition = makeDefinition(u"unknown", ddoKVariableDef); }};
     for (const auto& change : memberChanges) {
         auto a = member(u"x"), b = member(u"x");
@@ -211,7 +168,7 @@ TEST(Records, EveryComparedFieldMattersAndTextsAreCaseSensitive) {
     }
 }
 
-TEST(Records, DefinitionIsAPlainFieldOfAnyKindAndCopiesDeep) {
+TEST(Records, DefinitionIsAPlainFieldOfAnyKindCopiesDeepAndIsRequiredToCopy) {
     auto m = make<CMember>();
     EXPECT_EQ(m->Definition->Kind(), ddoKUndefined);
     for (auto kind : {ddoKVariableDef, ddoKCollectionDef, ddoKMenuDef}) {
@@ -222,15 +179,10 @@ TEST(Records, DefinitionIsAPlainFieldOfAnyKindAndCopiesDeep) {
     }
     m->Ident = u"i";
     auto copy = m->GetCopy();
-    EXPECT_TRUE(copy->Compare(m));
-    EXPECT_NE(copy->Definition.get(), m->Definition.get());
-}
-
-TEST(Records, ASourceWithoutDefinitionIsRefusedBeforeAnythingChanges) {
-    auto receiver = member(u"kept");
-    EXPECT_EQ(raised([&] { receiver->SetFromObject(member(u"new", nullptr)); }), NotSet);
-    EXPECT_EQ(receiver->Ident, u"kept");
-    EXPECT_TRUE(receiver->Definition);
+    EXPECT_TRUE(copy->Compare(m) && copy->Definition != m->Definition);
+    // A source without a definition is refused before anything changes.
+    EXPECT_EQ(raised([&] { m->SetFromObject(member(u"new", nullptr)); }), NotSet);
+    EXPECT_TRUE(m->Ident == u"i" && m->Definition);
     auto elementReceiver = element(1);
     EXPECT_EQ(raised([&] { elementReceiver->SetFromObject(element(2, nullptr)); }), NotSet);
     EXPECT_EQ(elementReceiver->Value, 1);
@@ -241,8 +193,7 @@ TEST(Records, ASourceWithoutDefinitionIsRefusedBeforeAnythingChanges) {
 TEST(MemberSet, ItemTakesAPositionOrAnElementKeyAndCopyReplaces) {
     auto set = make<CMemberSet>();
     auto pressure = member(u"pressure");
-    set->Add(pressure);
-    set->Add(member(u"flow"));
+    set->Add(pressure), set->Add(member(u"flow"));
     for (const Variant& index : {Variant(std::int32_t{1}), Variant(u"Ipressure"), Variant(u"IPRESSURE")}) {
         auto item = Marshal<Ref<CMember>>::from(call(set, u"Item", index));
         EXPECT_NE(item.get(), pressure.get());
@@ -263,9 +214,7 @@ TEST(MemberSet, ItemTakesAPositionOrAnElementKeyAndCopyReplaces) {
 TEST(ElementList, FindFirstUsesTheFullElementComparison) {
     auto list = make<CElementList>();
     auto e = element(2);
-    list->Add(element(2, makeDefinition(u"pv", ddoKVariableDef)));
-    list->Add(e);
-    list->Add(e);
+    list->Add(element(2, makeDefinition(u"pv", ddoKVariableDef))), list->Add(e), list->Add(e);
     EXPECT_EQ(list->FindFirst(element(2)), 2);
     EXPECT_EQ(list->FindFirst(element(2), 3), 3);
     EXPECT_EQ(list->FindFirst(element(5)), -1);

@@ -37,24 +37,19 @@ inline TypeSetup ranges(std::vector<std::pair<Variant, Variant>> bounds) {
         }
     };
 }
-inline TypeSetup sized(std::int16_t size) {
-    return [size](CType& t) { t.SetSize(size); };
-}
+inline TypeSetup sized(std::int16_t size) { return [size](CType& t) { t.SetSize(size); }; }
 // Enumerators with these values, in this order; MaxEnumIndex as given.
 inline TypeSetup enumerators(std::vector<std::int32_t> values, std::int32_t maxEnumIndex) {
     return [values, maxEnumIndex](CType& t) {
         t.SetMaxEnumIndex(maxEnumIndex);
         for (std::int32_t value : values) {
             auto e = make<CEnumerator>();
-            e->Value = value;
-            t.EnumeratorSet->Add(e);
+            t.EnumeratorSet->Add((e->Value = value, e));
         }
     };
 }
 inline TypeSetup domain(std::vector<Variant> values) {
-    return [values](CType& t) {
-        for (const Variant& value : values) t.Domain()->Add(value);
-    };
+    return [values](CType& t) { for (const Variant& value : values) t.Domain()->Add(value); };
 }
 
 // A range side left open.
