@@ -13,8 +13,6 @@ Text hex(std::uint32_t v, int digits) {
     return fromUtf8(buf);
 }
 
-Text decimal(std::int64_t v) { return fromUtf8(std::to_string(v)); }
-
 // A default value as a Basic literal, so the listing reads like a declaration.
 Text literal(const Variant& v) {
     switch (v.type()) {

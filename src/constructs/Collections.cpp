@@ -6,12 +6,6 @@ namespace tylhart {
 
 namespace {
 
-template <class T>
-const T& checked(const Ref<T>& other) {
-    if (!other) errors::raise(errors::Runtime::ObjectNotSet);
-    return *other;
-}
-
 // The definition of a record, deep-copied; a record without one cannot be
 // copied, as calling GetCopy on Nothing fails.
 Ref<CDefinition> copiedDefinition(const Ref<CDefinition>& definition) {
@@ -28,8 +22,6 @@ Text recordHead(const char16_t* tag, const Ref<CDefinition>& definition, std::in
     if (definition) out += concatText(definition->ToString(infoLevel));
     return out;
 }
-
-Text decimal(std::int32_t v) { return fromUtf8(std::to_string(v)); }
 
 std::int16_t childLevel(std::int16_t infoLevel) { return static_cast<std::int16_t>(infoLevel - 1); }
 

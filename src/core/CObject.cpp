@@ -80,8 +80,8 @@ Variant CObject::ToString(std::int16_t infoLevel) const {
     }
     if (infoLevel > 1) {
         out += u", AttributesAvailable:" + Variant(AttributesAvailable).toText();
-        out += u", ChangeLevel:" + fromUtf8(std::to_string(ChangeLevel));
-        out += u", LastChangeLevel:" + fromUtf8(std::to_string(LastChangeLevel));
+        out += u", ChangeLevel:" + decimal(ChangeLevel);
+        out += u", LastChangeLevel:" + decimal(LastChangeLevel);
     }
     out += u"}";
     return out;

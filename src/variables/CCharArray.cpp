@@ -67,7 +67,7 @@ Variant CCharArray::ToString(std::int16_t infoLevel) const {
     if (infoLevel < 1) return Variant();
     const Variant args[] = {Variant(std::int32_t{0}), Variant(readLength())};
     Text out = u"CharArray{Text:" + invoke(buffer(), PrintTextId, Access::Get, args).toText();
-    if (infoLevel > 1) out += u", Size:" + fromUtf8(std::to_string(Size));
+    if (infoLevel > 1) out += u", Size:" + decimal(Size);
     return out + u"}";
 }
 

@@ -5,7 +5,7 @@
 namespace tylhart {
 
 Text COutputStatusClassSet::keyText(std::int32_t kind, std::int32_t range) {
-    return fromUtf8(std::to_string(kind) + ':' + std::to_string(range));
+    return decimal(kind) + u":" + decimal(range);
 }
 
 Text COutputStatusClassSet::keyText(const Ref<COutputStatusClass>& element) {

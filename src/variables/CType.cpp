@@ -54,12 +54,6 @@ bool between(std::int32_t kind, std::int32_t low, std::int32_t high) { return ki
 bool ownsSize(std::int32_t kind) { return between(kind, ddvTInt, ddvTBitString); }
 bool ownsRanges(std::int32_t kind) { return between(kind, ddvTFloat, ddvTUnsigned); }
 
-template <class T>
-T& checked(const Ref<T>& other) {
-    if (!other) errors::raise(errors::Runtime::ObjectNotSet);
-    return *other;
-}
-
 template <class V>
 auto& valueAt(V& values, std::int32_t index) {
     if (index < 0 || static_cast<std::size_t>(index) >= values.size())
@@ -72,8 +66,6 @@ bool rangeEndsMatch(const Variant& a, const Variant& b) {
     if (a.isNull() || b.isNull()) return a.isNull() && b.isNull();
     return variantEquals(a, b);
 }
-
-Text decimal(std::int32_t v) { return fromUtf8(std::to_string(v)); }
 
 }  // namespace
 

@@ -10,13 +10,6 @@ namespace tylhart {
 
 namespace {
 
-template <class T>
-T& checked(const Ref<T>& other) {
-    if (!other) errors::raise(errors::Runtime::ObjectNotSet);
-    return *other;
-}
-
-Text decimal(std::int32_t v) { return fromUtf8(std::to_string(v)); }
 Text boolText(bool v) { return v ? u"True" : u"False"; }
 
 std::int16_t lower(std::int16_t infoLevel, int by) { return static_cast<std::int16_t>(infoLevel - by); }

@@ -4,7 +4,7 @@
 
 namespace tylhart {
 
-Text EnumeratorValueKey::keyText(std::int32_t value) { return fromUtf8(std::to_string(value)); }
+Text EnumeratorValueKey::keyText(std::int32_t value) { return decimal(value); }
 
 Ref<CEnumerator> CEnumeratorSet::FindItem(std::int32_t value) const {
     auto found = findKeyText(keyText(value));

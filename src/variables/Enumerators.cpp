@@ -8,14 +8,6 @@ namespace tylhart {
 
 namespace {
 
-Text decimal(std::int32_t v) { return fromUtf8(std::to_string(v)); }
-
-template <class T>
-const T& checked(const Ref<T>& other) {
-    if (!other) errors::raise(errors::Runtime::ObjectNotSet);
-    return *other;
-}
-
 // Both absent match, one absent differs, both present is the child's own
 // comparison.
 template <class T>

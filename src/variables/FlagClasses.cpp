@@ -41,14 +41,6 @@ void FlagArrayLink::setText(const Text& text) {
 
 namespace {
 
-Text decimal(std::int32_t v) { return fromUtf8(std::to_string(v)); }
-
-template <class T>
-const T& checked(const Ref<T>& other) {
-    if (!other) errors::raise(errors::Runtime::ObjectNotSet);
-    return *other;
-}
-
 // The members every flag class lists last, in this order.
 template <class C>
 void describeProtocol(ClassBuilder<C>& b) {

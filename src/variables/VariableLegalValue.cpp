@@ -9,12 +9,6 @@ namespace tylhart {
 
 namespace {
 
-template <class T>
-T& checked(const Ref<T>& other) {
-    if (!other) errors::raise(errors::Runtime::ObjectNotSet);
-    return *other;
-}
-
 // The packed date of 1 January 2000 (day 1, month 1, year byte 100).
 constexpr std::int32_t FirstOf2000 = 1 * 65536 + 1 * 256 + 100;
 

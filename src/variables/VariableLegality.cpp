@@ -11,12 +11,6 @@ namespace tylhart {
 
 namespace {
 
-template <class T>
-T& checked(const Ref<T>& other) {
-    if (!other) errors::raise(errors::Runtime::ObjectNotSet);
-    return *other;
-}
-
 // True when the conversion succeeds; any error of it is the answer False.
 template <class Convert>
 bool converts(Convert&& convert) {

@@ -71,7 +71,9 @@ TEST(Type, KindRulesRefuseForeignKindsUnchangedAndNothingWithTheCheckOff) {
             EXPECT_EQ(raised([&] { getWith(type, member.name, member.index); }), expected);
             EXPECT_EQ(raised([&] { letWith(type, member.name, letArgs); }), expected);
             type->CheckForExactKind = false;
-            if (!owned) EXPECT_EQ(getWith(type, member.name, member.index), before);
+            if (!owned) {
+                EXPECT_EQ(getWith(type, member.name, member.index), before);
+            }
             EXPECT_EQ(raised([&] { getWith(type, member.name, member.index); }), NoError);
             EXPECT_EQ(raised([&] { letWith(type, member.name, letArgs); }), NoError);
         }

@@ -35,7 +35,7 @@ protected:
     // down, "}"; then "}". A failing element rendering is skipped and the
     // rest still print.
     Text render(std::int16_t infoLevel) const {
-        Text out = Text(Derived::Label) + fromUtf8(std::to_string(Count()));
+        Text out = Text(Derived::Label) + decimal(Count());
         if (infoLevel > 1) {
             out += u", Items: {";
             store_.forEach([&](const Element& e) {

@@ -96,7 +96,7 @@ public:
     Variant ToString(std::int16_t infoLevel = 1) const {
         if (infoLevel < 1) {
             if constexpr (Derived::ShortLabel != nullptr)
-                return Text(Derived::ShortLabel) + fromUtf8(std::to_string(this->Count())) + u"}";
+                return Text(Derived::ShortLabel) + decimal(this->Count()) + u"}";
             else return Variant();
         }
         return this->render(infoLevel);

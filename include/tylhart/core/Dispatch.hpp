@@ -98,6 +98,14 @@ Variant invoke(Object& target, TextView name, Access kind, Args args = {});
 Variant invoke(const Ref<Object>& target, TextView name, Access kind, Args args = {});
 DispId dispIdOfName(const Object& target, TextView name);
 
+// The object behind a reference, or the runtime's "object not set" error
+// that a call on Nothing raises.
+template <class T>
+T& checked(const Ref<T>& object) {
+    if (!object) errors::raise(errors::Runtime::ObjectNotSet);
+    return *object;
+}
+
 // ---- Coercion between Variant and the C++ types of the typed API ----------
 
 template <class T>

@@ -15,6 +15,12 @@ using TextView = std::u16string_view;
 Text fromUtf8(std::string_view utf8);
 std::string toUtf8(TextView text);
 
+// A number in plain decimal, as renderings write it.
+inline Text decimal(long long value) {
+    const std::string digits = std::to_string(value);
+    return Text(digits.begin(), digits.end());
+}
+
 // Case folding used wherever keys are compared without regard to case.
 char16_t foldCase(char16_t c) noexcept;
 Text foldCase(TextView text);
