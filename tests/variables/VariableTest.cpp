@@ -122,6 +122,8 @@ TEST(Variable, AvailableIsClearedWhenAskedSoonerThanThePeriod) {
         {"AtOnce", 10, -1, false, 0, 0, false}, {"JustBeforePeriod", 10, -1, false, 0, 9.9, false},
         {"AtPeriod", 10, -1, false, 0, 10, true}, {"NoPeriod", -1, -1, false, 0, 0, true},
         {"ZeroPeriod", 0, -1, false, 0, 0, true},
+        // A stamp ahead of the clock (a local clock set back) counts negative: even 0 clears.
+        {"ZeroPeriodStampAhead", 0, -1, false, 5, 0, false},
         // Second boundaries count, not elapsed time: 0.9 s -> 1.1 s crosses one.
         {"BoundaryCrossed", 1, -1, false, 0.9, 1.1, true}, {"WithinOneSecond", 1, -1, false, 0.1, 0.9, false},
         {"DynamicUsesDynPeriod", 10, 10, true, 0, 5, false}, {"DynamicIgnoresPlainPeriod", 10, -1, true, 0, 5, true}};
