@@ -23,7 +23,7 @@ void ExactKindRule::accepted(const Ref<CDefinition>& d) {
 }
 
 void ExactKindRule::copyFrom(const ExactKindRule& other) {
-    const bool nextExact = other.UseExactKind.toBoolean();
+    const bool nextExact = conditionHolds(other.UseExactKind);
     if (nextExact && kindUsed_ != ddoKUndefined && other.kindUsed_ != kindUsed_)
         errors::raise(KindSource, errors::WrongKind);
     UseExactKind = other.UseExactKind;

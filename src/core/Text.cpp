@@ -80,6 +80,7 @@ std::string toUtf8(TextView in) {
 char16_t foldCase(char16_t c) noexcept {
     if (c < 0x80) return (c >= u'A' && c <= u'Z') ? static_cast<char16_t>(c + 32) : c;
     if (c >= 0xC0 && c <= 0xDE && c != 0xD7) return static_cast<char16_t>(c + 32);
+    if (c == 0x178) return 0xFF;  // Y with diaeresis: its small letter sits in Latin-1
     if (c >= 0x100 && c <= 0x17F) {
         // Latin Extended-A pairs upper/lower case mostly as even/odd code units,
         // except the 0x139-0x148 and 0x179-0x17E runs, which pair odd/even.

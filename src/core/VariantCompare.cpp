@@ -357,6 +357,8 @@ Comparison compare(const Variant& a, const Variant& b) {
 
 bool variantEquals(const Variant& a, const Variant& b) { return compare(a, b) == Comparison::Equal; }
 
+bool conditionHolds(const Variant& condition) { return !condition.isNull() && condition.toBoolean(); }
+
 bool variantEqualsStrict(const Variant& a, const Variant& b) {
     const Comparison c = compare(a, b);
     if (c == Comparison::Null) errors::raise(errors::Runtime::InvalidUseOfNull);

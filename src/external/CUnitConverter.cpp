@@ -1,5 +1,8 @@
 #include "tylhart/external/CUnitConverter.hpp"
 
+#include <algorithm>
+#include <cmath>
+#include <initializer_list>
 #include <span>
 #include <unordered_map>
 #include <vector>
@@ -57,6 +60,20 @@ const UnitDefinition& resolve(const Text& name) {
     return *candidates.front();
 }
 
+// Shifting by an offset cancels digits: 32 degF is 0 degC only up to the
+// rounding of 459.67 and 273.15, which would leave 2.8e-17 behind. A double
+// carries 15 to 16 significant decimal digits, so the result is rounded to
+// the 16th significant digit of the largest term; anything finer is noise
+// of the shift, not information of the value.
+long double withoutCancellationNoise(long double result, std::initializer_list<long double> terms) {
+    long double largest = std::fabs(result);
+    for (long double t : terms) largest = std::max(largest, std::fabs(t));
+    if (largest == 0 || !std::isfinite(largest)) return result;
+    const long double quantum = std::pow(10.0L, std::floor(std::log10(largest)) - 15);
+    const long double snapped = std::round(result / quantum) * quantum;
+    return snapped == 0 ? 0.0L : snapped;  // no "-0" for 273.15 K in degC
+}
+
 }  // namespace
 
 const UnitDefinition* CUnitConverter::findUnit(TextView name) {
@@ -71,7 +88,9 @@ double CUnitConverter::ConvertUnit(double value, const Text& fromUnit, const Tex
         errors::raise(ConvertSource, u"Cannot convert " + quoted(fromUnit) + u" (" + familyName(from.family) +
                                          u") to " + quoted(toUnit) + u" (" + familyName(to.family) + u")!");
     if (&from == &to) return value;
-    return (value + from.offset) * from.factor / to.factor - to.offset;
+    long double result = (value + from.offset) * from.factor / to.factor - to.offset;
+    if (from.offset != 0 || to.offset != 0) result = withoutCancellationNoise(result, {value, from.offset, to.offset});
+    return static_cast<double>(result);
 }
 
 const ClassInfo& CUnitConverter::staticClassInfo() {

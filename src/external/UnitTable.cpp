@@ -26,47 +26,47 @@ namespace {
 // ---- Exact constants -------------------------------------------------------
 
 // Standard acceleration of gravity (3rd CGPM, 1901; NIST SP 811, B.8).
-constexpr double g0 = 9.80665;
+constexpr long double g0 = 9.80665L;
 // International inch, foot, yard, mile and avoirdupois pound (international
 // yard and pound agreement of 1959; NIST SP 811, B.8).
-constexpr double inch = 0.0254;
-constexpr double foot = 0.3048;
-constexpr double yard = 0.9144;
-constexpr double mile = 1609.344;
-constexpr double pound = 0.45359237;
-constexpr double poundForce = pound * g0;  // 4.4482216152605 N
+constexpr long double inch = 0.0254L;
+constexpr long double foot = 0.3048L;
+constexpr long double yard = 0.9144L;
+constexpr long double mile = 1609.344L;
+constexpr long double pound = 0.45359237L;
+constexpr long double poundForce = pound * g0;  // 4.4482216152605 N
 // Volumes (NIST SP 811, B.8): the US gallon is 231 cubic inches, the
 // imperial gallon 4.54609 litres, the petroleum barrel 42 US gallons.
-constexpr double litre = 1e-3;  // 12th CGPM, 1964
-constexpr double gallon = 3.785411784e-3;
-constexpr double impGallon = 4.54609e-3;
-constexpr double cubicFoot = 0.028316846592;
-constexpr double cubicInch = 1.6387064e-5;
-constexpr double cubicYard = 0.764554857984;
-constexpr double barrel = 0.158987294928;
+constexpr long double litre = 1e-3L;  // 12th CGPM, 1964
+constexpr long double gallon = 3.785411784e-3L;
+constexpr long double impGallon = 4.54609e-3L;
+constexpr long double cubicFoot = 0.028316846592L;
+constexpr long double cubicInch = 1.6387064e-5L;
+constexpr long double cubicYard = 0.764554857984L;
+constexpr long double barrel = 0.158987294928L;
 // Time (SI brochure, units accepted for use with the SI).
-constexpr double minute = 60.0;
-constexpr double hour = 3600.0;
-constexpr double day = 86400.0;
+constexpr long double minute = 60.0L;
+constexpr long double hour = 3600.0L;
+constexpr long double day = 86400.0L;
 // Masses derived from the pound (NIST SP 811, B.8).
-constexpr double shortTon = 2000.0 * pound;  // 907.18474 kg
-constexpr double longTon = 2240.0 * pound;   // 1016.0469088 kg
+constexpr long double shortTon = 2000.0L * pound;  // 907.18474 kg
+constexpr long double longTon = 2240.0L * pound;   // 1016.0469088 kg
 
 // ---- Liquid columns -------------------------------------------------------
 
 // Density of air-free water at temperature t (degC), from the CIPM formula
 // of Tanaka et al., Metrologia 38 (2001) 301, for standard mean ocean water
 // at 101.325 kPa.
-constexpr double waterDensity(double t) {
-    constexpr double a1 = -3.983035, a2 = 301.797, a3 = 522528.9, a4 = 69.34881, a5 = 999.974950;
-    return a5 * (1.0 - (t + a1) * (t + a1) * (t + a2) / (a3 * (t + a4)));
+constexpr long double waterDensity(long double t) {
+    constexpr long double a1 = -3.983035L, a2 = 301.797L, a3 = 522528.9L, a4 = 69.34881L, a5 = 999.974950L;
+    return a5 * (1.0L - (t + a1) * (t + a1) * (t + a2) / (a3 * (t + a4)));
 }
-constexpr double water68F = waterDensity(20.0) * g0;         // Pa per metre of column
-constexpr double water4C = waterDensity(4.0) * g0;
-constexpr double water60F = waterDensity(140.0 / 9.0) * g0;  // 60 degF = 15.5 recurring degC
+constexpr long double water68F = waterDensity(20.0L) * g0;         // Pa per metre of column
+constexpr long double water4C = waterDensity(4.0L) * g0;
+constexpr long double water60F = waterDensity(140.0L / 9.0L) * g0;  // 60 degF = 15.5 recurring degC
 // Mercury at 0 degC, conventional density (NIST SP 811, B.8: the
 // conventional millimetre of mercury is 133.322387415 Pa).
-constexpr double mercury0C = 13595.1 * g0;
+constexpr long double mercury0C = 13595.1L * g0;
 
 using F = UnitFamily;
 
@@ -75,62 +75,62 @@ using F = UnitFamily;
 constexpr UnitDefinition table[] = {
     // Temperature (kelvin): SI definition of the kelvin; degC = K - 273.15;
     // degF and degR from the Rankine degree of 5/9 K (NIST SP 811, B.9).
-    {u"K", F::Temperature, 1.0},
-    {u"degC", F::Temperature, 1.0, 273.15},
-    {u"degF", F::Temperature, 5.0 / 9.0, 459.67},
-    {u"degR", F::Temperature, 5.0 / 9.0},
+    {u"K", F::Temperature, 1.0L},
+    {u"degC", F::Temperature, 1.0L, 273.15L},
+    {u"degF", F::Temperature, 5.0L / 9.0L, 459.67L},
+    {u"degR", F::Temperature, 5.0L / 9.0L},
 
     // Pressure (pascal): SI prefixes; bar = 1e5 Pa, standard atmosphere
     // 101325 Pa, torr = atm/760 (NIST SP 811, B.8); force-per-area units from
     // the exact pound-force and kilogram-force (kg x standard gravity);
     // liquid columns as stated above.
-    {u"Pa", F::Pressure, 1.0},
-    {u"hPa", F::Pressure, 1e2},
-    {u"kPa", F::Pressure, 1e3},
-    {u"MPa", F::Pressure, 1e6},
-    {u"GPa", F::Pressure, 1e9},
-    {u"mbar", F::Pressure, 1e2},
-    {u"bar", F::Pressure, 1e5},
-    {u"atm", F::Pressure, 101325.0},
-    {u"torr", F::Pressure, 101325.0 / 760.0},
+    {u"Pa", F::Pressure, 1.0L},
+    {u"hPa", F::Pressure, 1e2L},
+    {u"kPa", F::Pressure, 1e3L},
+    {u"MPa", F::Pressure, 1e6L},
+    {u"GPa", F::Pressure, 1e9L},
+    {u"mbar", F::Pressure, 1e2L},
+    {u"bar", F::Pressure, 1e5L},
+    {u"atm", F::Pressure, 101325.0L},
+    {u"torr", F::Pressure, 101325.0L / 760.0L},
     {u"psi", F::Pressure, poundForce / (inch * inch)},  // 6894.757293168361 Pa
     {u"lb/ft2", F::Pressure, poundForce / (foot * foot)},
-    {u"g/cm2", F::Pressure, 1e-3 * g0 / 1e-4},
-    {u"kg/cm2", F::Pressure, g0 / 1e-4},
+    {u"g/cm2", F::Pressure, 1e-3L * g0 / 1e-4L},
+    {u"kg/cm2", F::Pressure, g0 / 1e-4L},
     {u"kg/m2", F::Pressure, g0},
     {u"inH2O", F::Pressure, inch * water68F},
     {u"ftH2O", F::Pressure, foot * water68F},
-    {u"mmH2O", F::Pressure, 1e-3 * water68F},
-    {u"cmH2O", F::Pressure, 1e-2 * water68F},
+    {u"mmH2O", F::Pressure, 1e-3L * water68F},
+    {u"cmH2O", F::Pressure, 1e-2L * water68F},
     {u"mH2O", F::Pressure, water68F},
     {u"inH2O@4degC", F::Pressure, inch * water4C},
     {u"ftH2O@4degC", F::Pressure, foot * water4C},
-    {u"mmH2O@4degC", F::Pressure, 1e-3 * water4C},
-    {u"cmH2O@4degC", F::Pressure, 1e-2 * water4C},
+    {u"mmH2O@4degC", F::Pressure, 1e-3L * water4C},
+    {u"cmH2O@4degC", F::Pressure, 1e-2L * water4C},
     {u"mH2O@4degC", F::Pressure, water4C},
     {u"inH2O@60degF", F::Pressure, inch * water60F},
     {u"ftH2O@60degF", F::Pressure, foot * water60F},
     {u"inHg", F::Pressure, inch * mercury0C},
-    {u"mmHg", F::Pressure, 1e-3 * mercury0C},
-    {u"cmHg", F::Pressure, 1e-2 * mercury0C},
+    {u"mmHg", F::Pressure, 1e-3L * mercury0C},
+    {u"cmHg", F::Pressure, 1e-2L * mercury0C},
     {u"mHg", F::Pressure, mercury0C},
 
     // Volume flow (cubic metre per second): the volumes above over the time
     // units above.
-    {u"m3/s", F::VolumeFlow, 1.0},
-    {u"m3/min", F::VolumeFlow, 1.0 / minute},
-    {u"m3/h", F::VolumeFlow, 1.0 / hour},
-    {u"m3/d", F::VolumeFlow, 1.0 / day},
+    {u"m3/s", F::VolumeFlow, 1.0L},
+    {u"m3/min", F::VolumeFlow, 1.0L / minute},
+    {u"m3/h", F::VolumeFlow, 1.0L / hour},
+    {u"m3/d", F::VolumeFlow, 1.0L / day},
     {u"l/s", F::VolumeFlow, litre},
     {u"l/min", F::VolumeFlow, litre / minute},
     {u"l/h", F::VolumeFlow, litre / hour},
-    {u"ml/min", F::VolumeFlow, 1e-3 * litre / minute},
-    {u"Ml/d", F::VolumeFlow, 1e6 * litre / day},
+    {u"ml/min", F::VolumeFlow, 1e-3L * litre / minute},
+    {u"Ml/d", F::VolumeFlow, 1e6L * litre / day},
     {u"gal/s", F::VolumeFlow, gallon},
     {u"gal/min", F::VolumeFlow, gallon / minute},
     {u"gal/h", F::VolumeFlow, gallon / hour},
     {u"gal/d", F::VolumeFlow, gallon / day},
-    {u"Mgal/d", F::VolumeFlow, 1e6 * gallon / day},
+    {u"Mgal/d", F::VolumeFlow, 1e6L * gallon / day},
     {u"impgal/s", F::VolumeFlow, impGallon},
     {u"impgal/min", F::VolumeFlow, impGallon / minute},
     {u"impgal/h", F::VolumeFlow, impGallon / hour},
@@ -145,16 +145,16 @@ constexpr UnitDefinition table[] = {
     {u"bbl/d", F::VolumeFlow, barrel / day},
 
     // Mass flow (kilogram per second): the masses below over the time units.
-    {u"kg/s", F::MassFlow, 1.0},
-    {u"kg/min", F::MassFlow, 1.0 / minute},
-    {u"kg/h", F::MassFlow, 1.0 / hour},
-    {u"kg/d", F::MassFlow, 1.0 / day},
-    {u"g/s", F::MassFlow, 1e-3},
-    {u"g/min", F::MassFlow, 1e-3 / minute},
-    {u"g/h", F::MassFlow, 1e-3 / hour},
-    {u"t/min", F::MassFlow, 1e3 / minute},
-    {u"t/h", F::MassFlow, 1e3 / hour},
-    {u"t/d", F::MassFlow, 1e3 / day},
+    {u"kg/s", F::MassFlow, 1.0L},
+    {u"kg/min", F::MassFlow, 1.0L / minute},
+    {u"kg/h", F::MassFlow, 1.0L / hour},
+    {u"kg/d", F::MassFlow, 1.0L / day},
+    {u"g/s", F::MassFlow, 1e-3L},
+    {u"g/min", F::MassFlow, 1e-3L / minute},
+    {u"g/h", F::MassFlow, 1e-3L / hour},
+    {u"t/min", F::MassFlow, 1e3L / minute},
+    {u"t/h", F::MassFlow, 1e3L / hour},
+    {u"t/d", F::MassFlow, 1e3L / day},
     {u"lb/s", F::MassFlow, pound},
     {u"lb/min", F::MassFlow, pound / minute},
     {u"lb/h", F::MassFlow, pound / hour},
@@ -166,11 +166,11 @@ constexpr UnitDefinition table[] = {
     {u"LTon/d", F::MassFlow, longTon / day},
 
     // Length (metre): SI prefixes; inch, foot, yard and mile as above.
-    {u"m", F::Length, 1.0},
-    {u"km", F::Length, 1e3},
-    {u"cm", F::Length, 1e-2},
-    {u"mm", F::Length, 1e-3},
-    {u"um", F::Length, 1e-6},
+    {u"m", F::Length, 1.0L},
+    {u"km", F::Length, 1e3L},
+    {u"cm", F::Length, 1e-2L},
+    {u"mm", F::Length, 1e-3L},
+    {u"um", F::Length, 1e-6L},
     {u"in", F::Length, inch},
     {u"ft", F::Length, foot},
     {u"yd", F::Length, yard},
@@ -178,31 +178,31 @@ constexpr UnitDefinition table[] = {
 
     // Time (second): SI prefixes; minute, hour and day accepted for use with
     // the SI.
-    {u"s", F::Time, 1.0},
-    {u"ms", F::Time, 1e-3},
-    {u"us", F::Time, 1e-6},
+    {u"s", F::Time, 1.0L},
+    {u"ms", F::Time, 1e-3L},
+    {u"us", F::Time, 1e-6L},
     {u"min", F::Time, minute},
     {u"h", F::Time, hour},
     {u"d", F::Time, day},
 
     // Mass (kilogram): SI prefixes; tonne = 1000 kg (units accepted for use
     // with the SI); pound and its multiples as above, ounce = pound/16.
-    {u"kg", F::Mass, 1.0},
-    {u"g", F::Mass, 1e-3},
-    {u"mg", F::Mass, 1e-6},
-    {u"t", F::Mass, 1e3},
+    {u"kg", F::Mass, 1.0L},
+    {u"g", F::Mass, 1e-3L},
+    {u"mg", F::Mass, 1e-6L},
+    {u"t", F::Mass, 1e3L},
     {u"lb", F::Mass, pound},
-    {u"oz", F::Mass, pound / 16.0},
+    {u"oz", F::Mass, pound / 16.0L},
     {u"STon", F::Mass, shortTon},
     {u"LTon", F::Mass, longTon},
 
     // Density (kilogram per cubic metre): the masses over the volumes above.
-    {u"kg/m3", F::Density, 1.0},
-    {u"g/cm3", F::Density, 1e3},
-    {u"g/ml", F::Density, 1e3},
-    {u"g/l", F::Density, 1.0},
-    {u"kg/l", F::Density, 1e3},
-    {u"t/m3", F::Density, 1e3},
+    {u"kg/m3", F::Density, 1.0L},
+    {u"g/cm3", F::Density, 1e3L},
+    {u"g/ml", F::Density, 1e3L},
+    {u"g/l", F::Density, 1.0L},
+    {u"kg/l", F::Density, 1e3L},
+    {u"t/m3", F::Density, 1e3L},
     {u"lb/ft3", F::Density, pound / cubicFoot},
     {u"lb/in3", F::Density, pound / cubicInch},
     {u"lb/gal", F::Density, pound / gallon},
@@ -210,60 +210,60 @@ constexpr UnitDefinition table[] = {
 
     // Kinematic viscosity (square metre per second): stokes = 1e-4 m2/s
     // (CGS unit; NIST SP 811, B.8); square feet and inches as above.
-    {u"m2/s", F::KinematicViscosity, 1.0},
-    {u"cm2/s", F::KinematicViscosity, 1e-4},
-    {u"mm2/s", F::KinematicViscosity, 1e-6},
-    {u"St", F::KinematicViscosity, 1e-4},
-    {u"cSt", F::KinematicViscosity, 1e-6},
+    {u"m2/s", F::KinematicViscosity, 1.0L},
+    {u"cm2/s", F::KinematicViscosity, 1e-4L},
+    {u"mm2/s", F::KinematicViscosity, 1e-6L},
+    {u"St", F::KinematicViscosity, 1e-4L},
+    {u"cSt", F::KinematicViscosity, 1e-6L},
     {u"ft2/s", F::KinematicViscosity, foot * foot},
     {u"in2/s", F::KinematicViscosity, inch * inch},
 
     // Dynamic viscosity (pascal second): poise = 0.1 Pa s (CGS unit; NIST
     // SP 811, B.8); pound per foot second from the pound and the foot.
-    {u"Pa*s", F::DynamicViscosity, 1.0},
-    {u"mPa*s", F::DynamicViscosity, 1e-3},
-    {u"P", F::DynamicViscosity, 0.1},
-    {u"cP", F::DynamicViscosity, 1e-3},
+    {u"Pa*s", F::DynamicViscosity, 1.0L},
+    {u"mPa*s", F::DynamicViscosity, 1e-3L},
+    {u"P", F::DynamicViscosity, 0.1L},
+    {u"cP", F::DynamicViscosity, 1e-3L},
     {u"lb/(ft*s)", F::DynamicViscosity, pound / foot},
 
     // Frequency (hertz): SI; events per minute and per hour from the time
     // units.
-    {u"Hz", F::Frequency, 1.0},
-    {u"mHz", F::Frequency, 1e-3},
-    {u"kHz", F::Frequency, 1e3},
-    {u"MHz", F::Frequency, 1e6},
-    {u"1/s", F::Frequency, 1.0},
-    {u"1/min", F::Frequency, 1.0 / minute},
-    {u"1/h", F::Frequency, 1.0 / hour},
+    {u"Hz", F::Frequency, 1.0L},
+    {u"mHz", F::Frequency, 1e-3L},
+    {u"kHz", F::Frequency, 1e3L},
+    {u"MHz", F::Frequency, 1e6L},
+    {u"1/s", F::Frequency, 1.0L},
+    {u"1/min", F::Frequency, 1.0L / minute},
+    {u"1/h", F::Frequency, 1.0L / hour},
 
     // Current (ampere), voltage (volt), resistance (ohm): SI prefixes.
-    {u"A", F::Current, 1.0},
-    {u"kA", F::Current, 1e3},
-    {u"mA", F::Current, 1e-3},
-    {u"uA", F::Current, 1e-6},
-    {u"nA", F::Current, 1e-9},
-    {u"V", F::Voltage, 1.0},
-    {u"kV", F::Voltage, 1e3},
-    {u"mV", F::Voltage, 1e-3},
-    {u"uV", F::Voltage, 1e-6},
-    {u"ohm", F::Resistance, 1.0},
-    {u"kohm", F::Resistance, 1e3},
-    {u"Mohm", F::Resistance, 1e6},
+    {u"A", F::Current, 1.0L},
+    {u"kA", F::Current, 1e3L},
+    {u"mA", F::Current, 1e-3L},
+    {u"uA", F::Current, 1e-6L},
+    {u"nA", F::Current, 1e-9L},
+    {u"V", F::Voltage, 1.0L},
+    {u"kV", F::Voltage, 1e3L},
+    {u"mV", F::Voltage, 1e-3L},
+    {u"uV", F::Voltage, 1e-6L},
+    {u"ohm", F::Resistance, 1.0L},
+    {u"kohm", F::Resistance, 1e3L},
+    {u"Mohm", F::Resistance, 1e6L},
 
     // Ratio (the number one): per cent, per mille and parts per million and
     // per billion (1e-9), as NIST SP 811, 7.10 reads them.
-    {u"%", F::Ratio, 1e-2},
-    {u"\u2030", F::Ratio, 1e-3},  // per mille sign
-    {u"ppm", F::Ratio, 1e-6},
-    {u"ppb", F::Ratio, 1e-9},
+    {u"%", F::Ratio, 1e-2L},
+    {u"\u2030", F::Ratio, 1e-3L},  // per mille sign
+    {u"ppm", F::Ratio, 1e-6L},
+    {u"ppb", F::Ratio, 1e-9L},
 
     // Volume (cubic metre): litre = 1e-3 m3; gallons, cubic feet, inches and
     // yards and the barrel as above.
-    {u"m3", F::Volume, 1.0},
+    {u"m3", F::Volume, 1.0L},
     {u"l", F::Volume, litre},
-    {u"ml", F::Volume, 1e-3 * litre},
-    {u"cm3", F::Volume, 1e-6},
-    {u"hl", F::Volume, 1e2 * litre},
+    {u"ml", F::Volume, 1e-3L * litre},
+    {u"cm3", F::Volume, 1e-6L},
+    {u"hl", F::Volume, 1e2L * litre},
     {u"gal", F::Volume, gallon},
     {u"impgal", F::Volume, impGallon},
     {u"in3", F::Volume, cubicInch},
@@ -273,16 +273,16 @@ constexpr UnitDefinition table[] = {
 
     // Velocity (metre per second): the lengths over the time units; knot =
     // one nautical mile (1852 m) per hour (NIST SP 811, B.8).
-    {u"m/s", F::Velocity, 1.0},
-    {u"mm/s", F::Velocity, 1e-3},
-    {u"m/h", F::Velocity, 1.0 / hour},
-    {u"km/h", F::Velocity, 1e3 / hour},
+    {u"m/s", F::Velocity, 1.0L},
+    {u"mm/s", F::Velocity, 1e-3L},
+    {u"m/h", F::Velocity, 1.0L / hour},
+    {u"km/h", F::Velocity, 1e3L / hour},
     {u"ft/s", F::Velocity, foot},
     {u"ft/min", F::Velocity, foot / minute},
     {u"in/s", F::Velocity, inch},
     {u"in/min", F::Velocity, inch / minute},
     {u"mph", F::Velocity, mile / hour},
-    {u"kn", F::Velocity, 1852.0 / hour},
+    {u"kn", F::Velocity, 1852.0L / hour},
 };
 
 }  // namespace

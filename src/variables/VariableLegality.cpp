@@ -25,13 +25,15 @@ bool converts(Convert&& convert) {
 bool isLeapYear(int year) { return (year % 4 == 0 && year % 100 != 0) || year % 400 == 0; }
 
 // Inclusive on both sides; Null on a side leaves that side open, both Null
-// admit everything.
+// admit everything. Both bounds are converted before either is compared, so
+// a bad upper bound raises even when x already fails the lower one.
 template <class T>
 bool rangeAdmits(const Variant& min, const Variant& max, T x, T (*bound)(const Variant&)) {
     if (min.isNull() && max.isNull()) return true;
     if (min.isNull()) return x <= bound(max);
     if (max.isNull()) return bound(min) <= x;
-    return bound(min) <= x && x <= bound(max);
+    const T low = bound(min), high = bound(max);
+    return low <= x && x <= high;
 }
 
 // Bounds of the float kind go through a double first, then single precision.

@@ -50,5 +50,18 @@ TEST(KeyedStore, RefusedCallsRaiseTheRuntimeErrorsAndChangeNothing) {
     EXPECT_EQ(store.indexFor(Variant(1.5)), 1u);  // positions round half to even
 }
 
+TEST(KeyedStore, KeysFoldCaseInEveryScriptOfIdentifiers) {
+    const std::tuple<const char16_t*, const char16_t*, bool> pairs[] = {
+        {u"FLOW", u"flow", true},       {u"\u00C4", u"\u00E4", true}, {u"\u0178", u"\u00FF", true},
+        {u"\u0100", u"\u0101", true}, {u"\u0139", u"\u013A", true}, {u"\u0179", u"\u017A", true},
+        {u"\u03A3", u"\u03C3", true}, {u"\u042F", u"\u044F", true}, {u"\u0401", u"\u0451", true},
+        {u"\u00D7", u"\u00F7", false}, {u"I", u"\u0131", false},   {u"\u0178", u"\u0179", false}};
+    for (const auto& [upper, lower, same] : pairs) {
+        KeyedStore<int> store;
+        store.append(1, Text(upper));
+        EXPECT_EQ(store.find(lower).has_value(), same) << toUtf8(upper) << " / " << toUtf8(lower);
+    }
+}
+
 }  // namespace
 }  // namespace tylhart::test

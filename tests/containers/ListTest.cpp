@@ -85,6 +85,16 @@ TEST(List, ExactKindRuleFixesTheFirstKindAndRefusesOthers) {
     EXPECT_EQ(free->KindUsed(), -1);
     free->SetKindUsed(ddoKMenuDef);  // no rule: stored as given
     EXPECT_EQ(free->KindUsed(), ddoKMenuDef);
+
+    // The rule is a condition: Null is no rule, a text that is no Boolean is refused.
+    auto nullRule = listOf({u"v"});
+    nullRule->UseExactKind = Null{};
+    nullRule->Add(makeDefinition(u"c", ddoKCommandDef));
+    EXPECT_TRUE(nullRule->KindUsed() == -1 && nullRule->GetCopy()->Count() == 2);
+    nullRule->UseExactKind = u"maybe";
+    EXPECT_EQ(raised([&] { nullRule->Add(makeDefinition(u"d", ddoKCommandDef)); }),
+              platformError(errors::Runtime::TypeMismatch));
+    EXPECT_EQ(names(*nullRule), "v c");
 }
 
 TEST(List, CopyIsDeepAndComparesEqualUntilAnElementChanges) {

@@ -50,6 +50,17 @@ INSTANTIATE_TEST_SUITE_P(
         Known{60, u"1/min", u"Hz", 1}, Known{4, u"mA", u"uA", 4000}, Known{50, u"%", u"ppm", 500000},
         Known{1, u"\u2030", u"%", 0.1}, Known{1, u"kn", u"km/h", 1.852}, Known{1, u"Mohm", u"kohm", 1000}));
 
+TEST(UnitConverter, DefinedRelationsComeOutExactlyAsDecimalsRead) {
+    const Known exact[] = {{0, u"degC", u"degF", 32},   {32, u"degF", u"degC", 0},    {273.15, u"K", u"degC", 0},
+                           {37, u"degC", u"degF", 98.6}, {491.67, u"degR", u"degF", 32}, {1, u"ft", u"in", 12},
+                           {1, u"mi", u"yd", 1760},      {-459.67, u"degF", u"K", 0}};
+    for (const Known& k : exact) {
+        const double got = convert(k.value, k.from, k.to);
+        EXPECT_EQ(got, k.expected) << k.value << ' ' << toUtf8(k.from) << "->" << toUtf8(k.to);
+        EXPECT_FALSE(std::signbit(got) && k.expected == 0) << "negative zero";
+    }
+}
+
 std::vector<UnitFamily> families() {
     std::set<UnitFamily> seen;
     for (const UnitDefinition& u : CUnitConverter::units()) seen.insert(u.family);

@@ -160,6 +160,9 @@ TEST(VariableLegality, ConversionErrorsReachTheCaller) {
         {"UnsignedText", ddvTUnsigned, {}, u"abc", TypeMismatch}, {"IntSize4Text", ddvTInt, sized(4), u"abc", TypeMismatch},
         {"IntSize4Huge", ddvTInt, sized(4), 1e30, Overflow},
         {"FloatTextBound", ddvTFloat, ranges({{u"low", 1.0}}), 0.5, TypeMismatch},
+        // The upper bound is converted even when x already fails the lower one.
+        {"IntTextUpperBelowMin", ddvTInt, ranges({{10.0, u"abc"}}), 5, TypeMismatch},
+        {"FloatHugeUpperBelowMin", ddvTFloat, ranges({{10.0, 1e39}}), 5.0, Overflow},
         {"EnumeratorText", ddvTEnumerator, enumerators({0, 1}, 1), u"abc", TypeMismatch},
         {"EnumeratorBeyond32Bits", ddvTEnumerator, enumerators({0, 1}, 1), 3e9, Overflow},
         {"BitStringNull", ddvTBitString, sized(4), Null{}, NullUse}};

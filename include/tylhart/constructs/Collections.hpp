@@ -50,6 +50,8 @@ public:
 class CMemberSet final : public Set<CMemberSet, Ref<CMember>> {
     TYLHART_CLASS(CMemberSet)
 public:
+    static constexpr const char16_t* NewElementParam = u"NewMember";
+    static constexpr const char16_t* ElementParam = u"Member";
     static constexpr const char16_t* Label = u"MemberSet{Count:";
     static constexpr bool ReplacesOnCopy = true;
 

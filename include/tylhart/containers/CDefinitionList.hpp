@@ -27,7 +27,7 @@ struct ExactKindRule {
     }
 
 private:
-    bool exact() const { return UseExactKind.toBoolean(); }
+    bool exact() const { return conditionHolds(UseExactKind); }
     enumDDObjectKind kindUsed_ = ddoKUndefined;
 };
 

@@ -20,6 +20,8 @@ class CDefinitionSet final : public Set<CDefinitionSet, Ref<CDefinition>>,
                              public DefinitionKey {
     TYLHART_CLASS(CDefinitionSet)
 public:
+    static constexpr const char16_t* NewElementParam = u"NewDefinition";
+    static constexpr const char16_t* ElementParam = u"Definition";
     static constexpr const char16_t* Label = u"DefinitionSet{Count:";
 
     Ref<CDefinition> FindItem(const Text& name) const { return findByKeyText(name); }
@@ -38,6 +40,8 @@ class CVariableDefinitionSet final : public Set<CVariableDefinitionSet, Ref<CDef
                                      public DefinitionKey {
     TYLHART_CLASS(CVariableDefinitionSet)
 public:
+    static constexpr const char16_t* NewElementParam = u"NewDefinition";
+    static constexpr const char16_t* ElementParam = u"Definition";
     static constexpr const char16_t* Label = u"VariableDefinitionSet{Count:";
     static constexpr const char16_t* ShortLabel = u"DefinitionSet{Count:";
 

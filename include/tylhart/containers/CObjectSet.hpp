@@ -10,6 +10,8 @@ namespace tylhart {
 class CObjectSet final : public Set<CObjectSet, Ref<CObject>> {
     TYLHART_CLASS(CObjectSet)
 public:
+    static constexpr const char16_t* NewElementParam = u"NewObject";
+    static constexpr const char16_t* ElementParam = u"Object";
     static constexpr const char16_t* Label = u"ObjectSet{Count:";
     static constexpr bool ReplacesOnCopy = true;
 

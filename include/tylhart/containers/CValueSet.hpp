@@ -9,6 +9,8 @@ namespace tylhart {
 class CValueSet final : public Set<CValueSet, Variant> {
     TYLHART_CLASS(CValueSet)
 public:
+    static constexpr const char16_t* NewElementParam = u"NewValue";
+    static constexpr const char16_t* ElementParam = u"Value";
     static constexpr const char16_t* Label = u"ValueSet{Count:";
     static Text keyText(const Variant& v) { return v.toText(); }
 

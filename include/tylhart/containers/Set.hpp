@@ -112,15 +112,15 @@ public:
     static ClassInfo describe() {
         ClassBuilder<Derived> b(Derived::TypeName);
         Derived::describeHeader(b);
-        b.method(u"Add", &Derived::Add, {required(u"NewElement")})
-            .method(u"Insert", &Derived::Insert, {required(u"NewElement")});
+        b.method(u"Add", &Derived::Add, {required(Derived::NewElementParam)})
+            .method(u"Insert", &Derived::Insert, {required(Derived::NewElementParam)});
         if constexpr (Derived::HasUnion) b.method(u"Union", &Derived::Union, {required(u"NewSet")});
         Derived::describeItem(b);
         Derived::describeFindItem(b);
-        b.method(u"Remove", &Derived::Remove, {required(u"Element")})
+        b.method(u"Remove", &Derived::Remove, {required(Derived::ElementParam)})
             .getter(u"Count", &Base::Count)
             .newEnum(&Base::NewEnum)
-            .method(u"IsInSet", &Set::IsInSet, {required(u"Element")})
+            .method(u"IsInSet", &Set::IsInSet, {required(Derived::ElementParam)})
             .method(u"GetCopy", &Base::GetCopy)
             .method(u"SetFromObject", &Set::SetFromObject, {required(u"ToCopy")})
             .method(u"Compare", &Set::Compare, {required(u"ToCompare")})
@@ -130,6 +130,10 @@ public:
 
 protected:
     static constexpr const char16_t* ShortLabel = nullptr;
+    // Named arguments of Add/Insert and Remove/IsInSet; each set names them
+    // after its element ("NewDefinition", "Definition").
+    static constexpr const char16_t* NewElementParam = u"NewElement";
+    static constexpr const char16_t* ElementParam = u"Element";
     static constexpr bool ReplacesOnCopy = false;
     static constexpr bool HasUnion = true;
     static void describeItem(ClassBuilder<Derived>& b) { b.method(u"Item", &Set::Item, {required(u"Index")}); }

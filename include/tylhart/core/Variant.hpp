@@ -134,6 +134,9 @@ Comparison compare(const Variant& a, const Variant& b);
 bool variantEquals(const Variant& a, const Variant& b);
 // Where the outcome is stored as a Boolean: Null raises Invalid use of Null.
 bool variantEqualsStrict(const Variant& a, const Variant& b);
+// A variant used as the condition of a branch: Null counts as False, other
+// values convert to Boolean (a text that is no Boolean raises 13).
+bool conditionHolds(const Variant& condition);
 
 // Text forms of the scalar kinds, as the runtime writes them: 15 (Double)
 // or 7 (Single) significant digits, in 1E+30 form when the exponent is below

@@ -42,8 +42,11 @@ const char16_t* familyName(UnitFamily family) noexcept;
 struct UnitDefinition {
     const char16_t* name;  // as hosts display it; the exact spelling
     UnitFamily family;
-    double factor;         // SI units per unit (after the offset)
-    double offset = 0.0;   // added before the factor (temperatures only)
+    // Kept in extended precision, and the arithmetic with them, so that
+    // defined relations come out exact once rounded to a double: 0 degC is
+    // 32 degF and 1 ft is 12 in, not 31.999999999999943 and 12.000000000000002.
+    long double factor;         // SI units per unit (after the offset)
+    long double offset = 0.0L;  // added before the factor (temperatures only)
 };
 
 class CUnitConverter final : public Object {

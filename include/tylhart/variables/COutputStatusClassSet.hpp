@@ -10,6 +10,8 @@ namespace tylhart {
 class COutputStatusClassSet final : public Set<COutputStatusClassSet, Ref<COutputStatusClass>> {
     TYLHART_CLASS(COutputStatusClassSet)
 public:
+    static constexpr const char16_t* NewElementParam = u"NewOutputStatusClass";
+    static constexpr const char16_t* ElementParam = u"OutputStatusClass";
     static constexpr const char16_t* Label = u"OutputStatusClassSet{Count:";
     static constexpr bool HasUnion = false;
 

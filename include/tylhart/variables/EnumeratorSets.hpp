@@ -21,6 +21,8 @@ struct EnumeratorValueKey {
 class CEnumeratorSet final : public Set<CEnumeratorSet, Ref<CEnumerator>>, public EnumeratorValueKey {
     TYLHART_CLASS(CEnumeratorSet)
 public:
+    static constexpr const char16_t* NewElementParam = u"NewEnumerator";
+    static constexpr const char16_t* ElementParam = u"Enumerator";
     static constexpr const char16_t* Label = u"VariableEnumeratorSet{Count:";
     static constexpr const char16_t* ShortLabel = u"EnumeratorSet{Count:";
     using EnumeratorValueKey::keyText;
@@ -38,6 +40,8 @@ class CBitEnumeratorSet final : public Set<CBitEnumeratorSet, Ref<CBitEnumerator
                                 public EnumeratorValueKey {
     TYLHART_CLASS(CBitEnumeratorSet)
 public:
+    static constexpr const char16_t* NewElementParam = u"NewBitEnumerator";
+    static constexpr const char16_t* ElementParam = u"BitEnumerator";
     static constexpr const char16_t* Label = u"VariableBitEnumeratorSet{Count:";
     static constexpr const char16_t* ShortLabel = u"BitEnumeratorSet{Count:";
     using EnumeratorValueKey::keyText;
