@@ -219,7 +219,7 @@ void setAttribute(const Wrapper& self, const py::str& name, py::handle value) {
     if (!m)
         throw py::attribute_error("'" + className(*self.object) + "' object has no attribute '" +
                                   std::string(name) + "'");
-    const Variant args[] = {fromPython(value)};
+    Variant args[] = {fromPython(value)};
     // A read-only member raises the dispatch layer's own error.
     invoke(*self.object, m->id, putKind(args[0]), args);
 }

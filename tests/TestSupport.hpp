@@ -54,12 +54,12 @@ inline std::string text(const Variant& v) { return v.isEmpty() ? std::string("<e
 // Late-bound call with natural argument order.
 template <class... A>
 Variant call(const Ref<Object>& o, const char16_t* name, A... args) {
-    const Variant list[] = {Variant(), Variant(args)...};
-    return invoke(o, name, Access::Method, std::span<const Variant>(list + 1, sizeof...(A)));
+    Variant list[] = {Variant(), Variant(args)...};
+    return invoke(o, name, Access::Method, std::span<Variant>(list + 1, sizeof...(A)));
 }
 inline Variant get(const Ref<Object>& o, const char16_t* name) { return invoke(o, name, Access::Get); }
 inline void let(const Ref<Object>& o, const char16_t* name, Variant value) {
-    const Variant list[] = {std::move(value)};
+    Variant list[] = {std::move(value)};
     invoke(o, name, Access::Let, list);
 }
 

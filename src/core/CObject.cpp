@@ -34,7 +34,7 @@ bool CObject::Compare(const Ref<CObject>& toCompare) const {
     if (!toCompare) errors::raise(errors::Runtime::ObjectNotSet);
     if (!held_) return !toCompare->held_;
     if (!toCompare->held_) return false;
-    const Variant other[] = {Variant(toCompare->held_)};
+    Variant other[] = {Variant(toCompare->held_)};
     return invoke(held_, u"Compare", Access::Method, other).toBoolean();
 }
 
@@ -74,7 +74,7 @@ Variant CObject::ToString(std::int16_t infoLevel) const {
     Text out = u"OBJECT{";
     if (held_) {
         // Same level as the handle's own, unlike containers.
-        const Variant level[] = {Variant(infoLevel)};
+        Variant level[] = {Variant(infoLevel)};
         Variant inner = invoke(held_, u"ToString", Access::Method, level);
         if (!inner.isEmpty() && !inner.isNull()) out += inner.toText();
     }

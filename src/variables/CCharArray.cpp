@@ -24,7 +24,7 @@ Object& CCharArray::buffer() const {
 }
 
 Text CCharArray::text() const {
-    const Variant args[] = {Variant(std::int32_t{0}), Variant(readLength())};
+    Variant args[] = {Variant(std::int32_t{0}), Variant(readLength())};
     return invoke(buffer(), TextId, Access::Get, args).toText();
 }
 
@@ -35,21 +35,21 @@ void CCharArray::SetText(const Text& newText) {
     if (stored.size() >= static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max()))
         errors::raise(errors::Runtime::Overflow);
     const std::int32_t places = static_cast<std::int32_t>(stored.size()) + 1;
-    const Variant args[] = {Variant(std::int32_t{0}), Variant(places), Variant(std::move(stored))};
+    Variant args[] = {Variant(std::int32_t{0}), Variant(places), Variant(std::move(stored))};
     invoke(buffer(), TextId, Access::Let, args);
 }
 
 std::uint8_t CCharArray::Char(std::int32_t index) const {
     if (index < 0) errors::raise(CharSource, errors::IndexOutOfRange);
     if (index >= invoke(buffer(), CountId, Access::Get).toLong()) return 0;
-    const Variant args[] = {Variant(index), Variant(std::int32_t{1})};
+    Variant args[] = {Variant(index), Variant(std::int32_t{1})};
     return invoke(buffer(), CharId, Access::Get, args).toByte();
 }
 
 void CCharArray::SetChar(std::int32_t index, std::uint8_t value) {
     if (index < 0) errors::raise(CharSource, errors::IndexOutOfRange);
     if (Size >= 0 && index >= Size) errors::raise(CharSource, errors::IndexOutOfRange);
-    const Variant args[] = {Variant(index), Variant(std::int32_t{1}), Variant(std::int32_t{value})};
+    Variant args[] = {Variant(index), Variant(std::int32_t{1}), Variant(std::int32_t{value})};
     invoke(buffer(), CharId, Access::Let, args);
 }
 
@@ -65,7 +65,7 @@ void CCharArray::SetFromByteArray(const ByteArray& barray) {
 
 Variant CCharArray::ToString(std::int16_t infoLevel) const {
     if (infoLevel < 1) return Variant();
-    const Variant args[] = {Variant(std::int32_t{0}), Variant(readLength())};
+    Variant args[] = {Variant(std::int32_t{0}), Variant(readLength())};
     Text out = u"CharArray{Text:" + invoke(buffer(), PrintTextId, Access::Get, args).toText();
     if (infoLevel > 1) out += u", Size:" + decimal(Size);
     return out + u"}";

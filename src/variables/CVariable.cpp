@@ -241,16 +241,17 @@ Variant CVariable::ToString(std::int16_t infoLevel) const {
 const ClassInfo& CVariable::staticClassInfo() {
     static const ClassInfo info = [] {
         using V = CVariable;
-        // The tests take their arguments by reference, as callers declare them.
+        // The tests take their arguments by reference, as callers declare
+        // them, and write a fetched value, size or kind back into them.
         const auto byRef = [](const char16_t* name, Variant defaultValue = Missing{}) {
             return Param{name, std::move(defaultValue), true, true};
         };
         const std::vector<Param> valueOnly{byRef(u"TestValue")};
         const std::vector<Param> valueAndSize{byRef(u"TestValue"), byRef(u"TestSize", std::int32_t{-1})};
-        using Test1 = bool (V::*)(const Variant&);
-        using Test1C = bool (V::*)(const Variant&) const;
-        using Test2 = bool (V::*)(const Variant&, std::int32_t);
-        using Test2C = bool (V::*)(const Variant&, std::int32_t) const;
+        using Test1 = bool (V::*)(Variant&);
+        using Test1C = bool (V::*)(Variant&) const;
+        using Test2 = bool (V::*)(Variant&, std::int32_t&);
+        using Test2C = bool (V::*)(Variant&, std::int32_t&) const;
 
         ClassBuilder<V> b(TypeName);
         b.field(u"Class", &V::Class)
@@ -284,7 +285,7 @@ const ClassInfo& CVariable::staticClassInfo() {
         b.method(u"SetFromObject", &V::SetFromObject, {required(u"ToCopy")})
             .method(u"Compare", &V::Compare, {required(u"ToCompare")})
             .method(u"IsLegalValue",
-                    static_cast<bool (V::*)(const Variant&, enumDDVariableType)>(&V::IsLegalValue),
+                    static_cast<bool (V::*)(Variant&, enumDDVariableType&)>(&V::IsLegalValue),
                     {byRef(u"TestValue"), byRef(u"TestType", std::int32_t{-1})})
             .method(u"IsFloat", static_cast<Test1>(&V::IsFloat), valueOnly)
             .method(u"IsDouble", static_cast<Test1>(&V::IsDouble), valueOnly)

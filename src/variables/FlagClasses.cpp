@@ -16,24 +16,24 @@ constexpr DispId FlagCountId = CFlagArray::FlagCountId;
 }  // namespace
 
 FlagArrayLink::FlagArrayLink(std::int32_t count) : array_(make<CFlagArray>()) {
-    const Variant args[] = {Variant(count)};
+    Variant args[] = {Variant(count)};
     invoke(*array_, FlagCountId, Access::Let, args);
 }
 
 bool FlagArrayLink::flag(std::int32_t index) const {
-    const Variant args[] = {Variant(index)};
+    Variant args[] = {Variant(index)};
     return invoke(*array_, FlagId, Access::Get, args).toBoolean();
 }
 
 void FlagArrayLink::setFlag(std::int32_t index, bool value) {
-    const Variant args[] = {Variant(index), Variant(std::int32_t{value ? -1 : 0})};
+    Variant args[] = {Variant(index), Variant(std::int32_t{value ? -1 : 0})};
     invoke(*array_, FlagId, Access::Let, args);
 }
 
 Text FlagArrayLink::text() const { return invoke(*array_, FlagTextId, Access::Get).toText(); }
 
 void FlagArrayLink::setText(const Text& text) {
-    const Variant args[] = {Variant(text)};
+    Variant args[] = {Variant(text)};
     invoke(*array_, FlagTextId, Access::Let, args);
 }
 

@@ -119,7 +119,7 @@ void CVariable::RecalcToUnit(const Text& newUnit) {
         // Only decides a branch: a Null default counts as different.
         const bool atDefault = variantEquals(DefaultValue, value_);
         const double value = Value().toDouble();
-        const Variant args[] = {Variant(value), Variant(VariableUnit), Variant(newUnit)};
+        Variant args[] = {Variant(value), Variant(VariableUnit), Variant(newUnit)};
         const double converted = invoke(*converter, CUnitConverter::ConvertUnitId, Access::Method, args).toDouble();
         SetValue(converted);
         if (atDefault) DefaultValue = value_;

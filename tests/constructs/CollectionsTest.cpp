@@ -173,7 +173,7 @@ TEST(Records, DefinitionIsAPlainFieldOfAnyKindCopiesDeepAndIsRequiredToCopy) {
     EXPECT_EQ(m->Definition->Kind(), ddoKUndefined);
     for (auto kind : {ddoKVariableDef, ddoKCollectionDef, ddoKMenuDef}) {
         auto d = makeDefinition(u"target", kind);
-        const Variant value[] = {Variant(d)};
+        Variant value[] = {Variant(d)};
         invoke(m, u"Definition", Access::Set, value);
         EXPECT_EQ(m->Definition.get(), d.get());
     }

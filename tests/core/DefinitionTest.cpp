@@ -73,7 +73,7 @@ TEST(Definition, EveryMemberIsReachableByNameAndIdentifier) {
     EXPECT_EQ(text(get(d, u"name")), "pressure");
     let(d, u"Name", Text(u"flow"));
     EXPECT_EQ(get(d, u"Kind"), Variant(std::int32_t{0}));
-    const Variant level2[] = {Variant(std::int16_t{2})};
+    Variant level2[] = {Variant(std::int16_t{2})};
     EXPECT_EQ(text(invoke(*d, 0x60030006, Access::Method, level2)), "Definition{Name:flow, Kind:0}");
     EXPECT_EQ(text(invoke(*d, 0x68030000, Access::Get)), "flow");
     EXPECT_EQ(text(call(d, u"ToString")), "Definition{Name:flow}");  // optional level defaults to 1

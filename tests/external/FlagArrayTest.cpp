@@ -27,17 +27,17 @@ TEST(FlagArray, RefusedCallsReportTheRuntimesErrorAndChangeNothing) {
 
 TEST(FlagArray, AnswersItsIdentifiersStoresNotZeroAndResizesWithClearFlags) {
     Ref<Object> a = make<CFlagArray>();
-    const Variant count[] = {Variant(std::int32_t{4})};
+    Variant count[] = {Variant(std::int32_t{4})};
     invoke(*a, 103, Access::Let, count);
-    const Variant values[] = {Variant(std::int32_t{-1}), Variant(std::int16_t{2}), Variant(0.0), Variant(Text(u"True"))};
+    Variant values[] = {Variant(std::int32_t{-1}), Variant(std::int16_t{2}), Variant(0.0), Variant(Text(u"True"))};
     for (std::int32_t i = 0; i < 4; ++i) {
-        const Variant args[] = {Variant(i), values[i]};
+        Variant args[] = {Variant(i), values[i]};
         invoke(*a, DispIdValue, Access::Let, args);
     }
     EXPECT_EQ(invoke(*a, 102, Access::Get), Variant(Text(u"1101")));
-    const Variant index[] = {Variant(std::int32_t{1})};
+    Variant index[] = {Variant(std::int32_t{1})};
     EXPECT_EQ(invoke(*a, DispIdValue, Access::Get, index), Variant(true));
-    const Variant six[] = {Variant(std::int32_t{6})};
+    Variant six[] = {Variant(std::int32_t{6})};
     invoke(*a, u"flagcount", Access::Let, six);
     EXPECT_EQ(get(a, u"FlagText"), Variant(Text(u"110100")));
     EXPECT_TRUE(CFlagArray::staticClassInfo().find(DispIdValue)->params.at(0).byRef);

@@ -134,15 +134,15 @@ TEST(UnitConverter, UnknownAmbiguousAndCrossFamilyUnitsRaiseOneRecord) {
 TEST(UnitConverter, ConvertUnitAnswersMemberNumber212WithVariantCoercion) {
     Ref<Object> converter = make<CUnitConverter>();
     EXPECT_EQ(dispIdOfName(*converter, u"convertunit"), 212);
-    const Variant good[] = {Variant(Text(u"14.5")), Variant(u"psi"), Variant(u"kPa")};
+    Variant good[] = {Variant(Text(u"14.5")), Variant(u"psi"), Variant(u"kPa")};
     Variant result = invoke(*converter, 212, Access::Method, good);
     ASSERT_EQ(result.type(), VarType::Double);
     EXPECT_NEAR(result.toDouble(), 99.97398075094, 1e-9);
     // A number given as a unit is its text, "0", which is no unit.
-    const Variant numeric[] = {Variant(1.0), Variant(std::int16_t{0}), Variant(u"psi")};
+    Variant numeric[] = {Variant(1.0), Variant(std::int16_t{0}), Variant(u"psi")};
     EXPECT_EQ(raised([&] { invoke(*converter, 212, Access::Method, numeric); }),
               libraryError(Source, u"The unit \"0\" is unknown!"));
-    const Variant twoArgs[] = {Variant(1.0), Variant(u"m")};
+    Variant twoArgs[] = {Variant(1.0), Variant(u"m")};
     EXPECT_EQ(raised([&] { invoke(*converter, 212, Access::Method, twoArgs); }),
               (ErrorRecord{static_cast<std::int32_t>(0x800A01C1u), "TylHartTypes", "Argument not optional"}));
 }

@@ -59,7 +59,7 @@ TEST(CharArray, RefusedCallsReportTheirErrorAndChangeNothing) {
         {[](const Ref<CCharArray>& a) { call(a, u"SetFromByteArray", Text(u"ABCD")); },
          platformError(errors::Runtime::TypeMismatch)},
         {[](const Ref<CCharArray>& a) {
-             const Variant args[] = {Variant(std::int32_t{0}), Variant(std::int32_t{256})};
+             Variant args[] = {Variant(std::int32_t{0}), Variant(std::int32_t{256})};
              invoke(a, u"Char", Access::Let, args);
          },
          platformError(errors::Runtime::Overflow)},
@@ -74,10 +74,10 @@ TEST(CharArray, RefusedCallsReportTheirErrorAndChangeNothing) {
 
 TEST(CharArray, IsReachableByNameAndIdentifier) {
     Ref<Object> a = make<CCharArray>();
-    const Variant value[] = {Variant(Text(u"Hi"))};
+    Variant value[] = {Variant(Text(u"Hi"))};
     invoke(*a, DispIdValue, Access::Let, value);
     EXPECT_EQ(get(a, u"TEXT"), value[0]);
-    const Variant index[] = {Variant(std::int32_t{1})};
+    Variant index[] = {Variant(std::int32_t{1})};
     EXPECT_EQ(invoke(a, u"Char", Access::Get, index), Variant(std::uint8_t{'i'}));
     EXPECT_EQ(raised([&] { call(a, u"SetFromByteArray"); }).number, static_cast<std::int32_t>(0x800A01C1u));
     expectSlots(a->classInfo(), {{u"Size", 0x40030000}, {u"text", 0}, {u"ToString", 0x60030003}});

@@ -171,7 +171,7 @@ TEST(BitEnumerator, FieldsThroughDispatchShareTheObjectsTheyAreGiven) {
     let(b, u"Value", Text(u"12"));
     EXPECT_EQ(refCast<CBitEnumerator>(b)->Value, 12);
     auto cls = make<CVariableClass>();
-    const Variant value[] = {Variant(cls)}, wrong[] = {Variant(make<CStatusClass>())};
+    Variant value[] = {Variant(cls)}, wrong[] = {Variant(make<CStatusClass>())};
     invoke(b, u"Class", Access::Set, value);
     EXPECT_EQ(raised([&] { invoke(b, u"Class", Access::Set, wrong); }), platformError(errors::Runtime::TypeMismatch));
     EXPECT_EQ(get(b, u"Class").toObject().get(), cls.get());

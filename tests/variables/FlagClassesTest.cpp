@@ -36,7 +36,7 @@ protected:
 
     Ref<Object> flagArray() const { return call(object, s.getter).toObject(); }
     void setFlag(std::int32_t index, bool value) const {
-        const Variant args[] = {Variant(index), Variant(value)};
+        Variant args[] = {Variant(index), Variant(value)};
         invoke(object, s.flag, Access::Let, args);
     }
     std::string flags() const { return text(invoke(*flagArray(), 102, Access::Get)); }
@@ -63,12 +63,12 @@ TYPED_TEST(FlagClasses, HandOutTheirOwnArrayWhichRefusesIndexesOutsideItsCount) 
     Ref<Object> array = this->flagArray();
     EXPECT_EQ(array.get(), this->flagArray().get());
     EXPECT_EQ(invoke(*array, 103, Access::Get), Variant(this->s.count));
-    const Variant args[] = {Variant(std::int32_t{1}), Variant(std::int32_t{-1})};
+    Variant args[] = {Variant(std::int32_t{1}), Variant(std::int32_t{-1})};
     invoke(*array, DispIdValue, Access::Let, args);
     EXPECT_EQ(invoke(this->object, this->s.flag, Access::Get, std::span(args, 1)), Variant(true));
     for (std::int32_t index : {-1, this->s.count}) {
         EXPECT_EQ(raised([&] { this->setFlag(index, true); }), Subscript);
-        const Variant at[] = {Variant(index)};
+        Variant at[] = {Variant(index)};
         EXPECT_EQ(raised([&] { invoke(this->object, this->s.flag, Access::Get, at); }), Subscript);
     }
     EXPECT_EQ(this->flags(), this->flagsWith({1}));
@@ -150,7 +150,7 @@ TEST(FlagClasses, StatusClassCopiesItsOutputSetWhichSharesTheEntries) {
     // Without an Output set an object cannot be copied from or compared;
     // the receiver stays as it was.
     auto bare = make<CStatusClass>();
-    const Variant nothing[] = {Variant(nullptr)};
+    Variant nothing[] = {Variant(nullptr)};
     invoke(bare, u"Output", Access::Set, nothing);
     EXPECT_EQ(text(bare->ToString(2)), "StatusClass{Other:0000000000000000}");
     Ref<COutputStatusClassSet> before = copy->Output;
@@ -158,7 +158,7 @@ TEST(FlagClasses, StatusClassCopiesItsOutputSetWhichSharesTheEntries) {
     EXPECT_EQ(raised([&] { bare->Compare(copy); }), NotSet);
     EXPECT_EQ(copy->Output.get(), before.get());
     EXPECT_TRUE(copy->Other(ddsoTMore));
-    const Variant wrongClass[] = {Variant(make<CValueSet>())};
+    Variant wrongClass[] = {Variant(make<CValueSet>())};
     EXPECT_EQ(raised([&] { invoke(bare, u"Output", Access::Set, wrongClass); }),
               platformError(errors::Runtime::TypeMismatch));
 }

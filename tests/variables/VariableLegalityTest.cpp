@@ -36,14 +36,34 @@ TEST(VariableLegality, ElementaryTestsAnswer) {
     }
 }
 
-TEST(VariableLegality, NegativeSizesComeFromTheTypeAndAreWrittenBack) {
-    auto v = variableOf(ddvTASCII, sized(8));
-    Variant value = u"abcdefgh", pattern = u"101";
-    std::int32_t size = -1, bitSize = -5;
-    EXPECT_TRUE(v->IsString(value, size));
-    EXPECT_EQ(size, 8);
-    EXPECT_TRUE(variableOf(ddvTBitString, sized(3))->IsBitString(pattern, bitSize));
-    EXPECT_EQ(bitSize, 3);
+// Through dispatch the arguments are the caller's variables: a negative
+// size, a fetched value and a resolved kind come back in them, even when
+// the test raises afterwards.
+TEST(VariableLegality, DispatchWritesFetchedValuesSizesAndKindsBack) {
+    using Args = std::vector<Variant>;
+    const std::tuple<const char*, Ref<CVariable>, const char16_t*, Args, Variant, Args> cases[] = {
+        {"SizeFromType", variableOf(ddvTASCII, sized(8)), u"IsString", {u"abcdefgh", std::int32_t{-1}}, true,
+         {u"abcdefgh", std::int32_t{8}}},
+        {"BitSize", variableOf(ddvTBitString, sized(3)), u"IsBitString", {u"101", std::int32_t{-5}}, true,
+         {u"101", std::int32_t{3}}},
+        {"GivenSizeKept", variableOf(ddvTASCII, sized(8)), u"IsString", {u"abc", std::int32_t{2}}, false,
+         {u"abc", std::int32_t{2}}},
+        {"FetchedValueAndKind", variableOf(ddvTFloat), u"IsLegalValue", {Missing{}, std::int32_t{-1}}, true,
+         {0.0f, std::int32_t{ddvTFloat}}},  // the legal value of the float kind is a Single
+        {"FetchedByIsFloat", variableOf(ddvTDouble), u"IsFloat", {Missing{}}, true, {0.0}},
+        {"RaisesAfterTheSize", variableOf(ddvTBitString, sized(4)), u"IsBitString", {Null{}, std::int32_t{-1}},
+         Variant(), {Null{}, std::int32_t{4}}}};
+    for (auto [name, v, member, args, expected, after] : cases) {
+        Variant result;
+        const ErrorRecord error = raised([&] { result = invoke(Ref<Object>(v), member, Access::Method, args); });
+        EXPECT_EQ(error, expected.isEmpty() ? NullUse : NoError) << name;
+        EXPECT_EQ(result, expected) << name;
+        ASSERT_EQ(args.size(), after.size());
+        for (std::size_t i = 0; i < args.size(); ++i) {
+            EXPECT_EQ(args[i].type(), after[i].type()) << name << " argument " << i;
+            EXPECT_TRUE(args[i].isNull() ? after[i].isNull() : args[i] == after[i]) << name << " argument " << i;
+        }
+    }
 }
 
 TEST(VariableLegality, IsBitStringTrapsNothingWhereIsStringAnswersFalse) {

@@ -154,7 +154,7 @@ TEST(Variable, AvailableIsClearedWhenAskedSoonerThanThePeriod) {
 
 TEST(Variable, HandlingGoesToTheSharedFlagArray) {
     auto v = make<CVariable>();
-    const Variant write[] = {Variant(std::int32_t{ddvhTWrite}), Variant(false)};
+    Variant write[] = {Variant(std::int32_t{ddvhTWrite}), Variant(false)};
     invoke(*v, u"Handling", Access::Let, write);
     EXPECT_EQ(get(v->GetHandlingObj(), u"FlagText"), Variant(u"01"));
     let(v->GetHandlingObj(), u"FlagText", Variant(u"10"));  // the array is the variable's own

@@ -7,6 +7,7 @@
 #include <initializer_list>
 #include <span>
 #include <string>
+#include <tuple>
 #include <type_traits>
 #include <unordered_map>
 #include <vector>
@@ -28,7 +29,10 @@ inline constexpr DispId FirstPropertyId = 0x68030000;
 // Invocation kinds, valued as the Automation DISPATCH_* flags.
 enum class Access : std::uint8_t { Method = 1, Get = 2, Let = 4, Set = 8 };
 
-using Args = std::span<const Variant>;
+// The caller's arguments. They are the caller's own variables: a member
+// whose C++ parameter is a non-const reference writes its final value back
+// into the argument, as a by-reference parameter of Automation does.
+using Args = std::span<Variant>;
 using Invoker = std::function<Variant(Object&, Args)>;
 
 // One parameter as a caller sees it. A parameter with a default value is
@@ -192,13 +196,55 @@ Variant result(Call&& call) {
     }
 }
 
+template <class A>
+constexpr bool writesBack = std::is_lvalue_reference_v<A> && !std::is_const_v<std::remove_reference_t<A>>;
+
+// One argument converted for the call. A parameter taken by value or const
+// reference gets the converted value (a Variant is not even copied); a
+// non-const reference parameter gets a local whose final value goes back
+// into the caller's argument, if the caller gave one (a Missing placeholder
+// in the arguments is a place the caller gave, so it receives the value).
+template <class A>
+struct Converted {
+    using Stored = decltype(Marshal<Bare<A>>::from(std::declval<const Variant&>()));
+    Stored value;
+    explicit Converted(const Variant& v) : value(Marshal<Bare<A>>::from(v)) {}
+    decltype(auto) pass() {
+        if constexpr (std::is_reference_v<Stored>) return (value);
+        else return std::move(value);
+    }
+    void writeBack(Variant*) const {}
+};
+template <class A>
+    requires writesBack<A>
+struct Converted<A> {
+    Bare<A> value;
+    explicit Converted(const Variant& v) : value(Marshal<Bare<A>>::from(v)) {}
+    Bare<A>& pass() { return value; }
+    void writeBack(Variant* slot) const {
+        if (slot) *slot = Marshal<Bare<A>>::to(value);
+    }
+};
+
+// Arguments are converted left to right; written-back values reach the
+// caller whether the member returns or raises, as they would in place.
 template <class C, class F, class R, class... A, std::size_t... I>
 Variant call(C& self, F fn, Args args, const std::vector<ParamInfo>& params,
              std::index_sequence<I...>) {
     if (args.size() > sizeof...(A)) raiseArgumentCount();
-    return result<R>([&]() -> R {
-        return (self.*fn)(Marshal<Bare<A>>::from(argumentAt(args, params, I))...);
-    });
+    std::tuple<Converted<A>...> converted{Converted<A>(argumentAt(args, params, I))...};
+    const auto writeBack = [&] {
+        const auto slot = [&](std::size_t i) { return i < args.size() ? &args[i] : nullptr; };
+        (std::get<I>(converted).writeBack(slot(I)), ...);
+    };
+    try {
+        Variant out = result<R>([&]() -> R { return (self.*fn)(std::get<I>(converted).pass()...); });
+        writeBack();
+        return out;
+    } catch (...) {
+        writeBack();
+        throw;
+    }
 }
 
 template <class... A>
