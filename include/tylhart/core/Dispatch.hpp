@@ -234,7 +234,7 @@ Variant call(C& self, F fn, Args args, const std::vector<ParamInfo>& params,
     if (args.size() > sizeof...(A)) raiseArgumentCount();
     std::tuple<Converted<A>...> converted{Converted<A>(argumentAt(args, params, I))...};
     const auto writeBack = [&] {
-        const auto slot = [&](std::size_t i) { return i < args.size() ? &args[i] : nullptr; };
+        [[maybe_unused]] const auto slot = [&](std::size_t i) { return i < args.size() ? &args[i] : nullptr; };
         (std::get<I>(converted).writeBack(slot(I)), ...);
     };
     try {
