@@ -49,6 +49,14 @@ inline ErrorRecord platformError(errors::Runtime code) {
     return {errors::numberOf(code), "TylHartTypes", toUtf8(errors::descriptionOf(code))};
 }
 
+// Names of a container's elements in order, e.g. "a b c".
+template <class C>
+std::string names(const C& container) {
+    std::string out;
+    container.elements().forEach([&](const auto& d) { out += (out.empty() ? "" : " ") + toUtf8(d->rawName()); });
+    return out;
+}
+
 inline std::string text(const Variant& v) { return v.isEmpty() ? std::string("<empty>") : toUtf8(v.toText()); }
 
 // Late-bound call with natural argument order.

@@ -44,9 +44,6 @@ TEST(TypeLibraryListing, DefinitionInterface) {
     ASSERT_FALSE(all.empty());
     EXPECT_EQ(all.front(), "library TylHartTypes {016E9347-5C94-11D4-80BA-00E0291221F9} locale 0x0409");
     EXPECT_EQ(block(all, expected.front(), "end interface"), expected);
-    EXPECT_EQ(block(all, "interface _DDEnums {BE1382EE-8EA2-41FA-880F-0FEE95BE27CC}", "end interface"),
-              (std::vector<std::string>{"interface _DDEnums {BE1382EE-8EA2-41FA-880F-0FEE95BE27CC}",
-                                        "end interface"}));
 }
 
 TEST(TypeLibraryListing, EnumerationKeepsDuplicateValuesInDeclarationOrder) {
@@ -112,21 +109,16 @@ const ClassInfo& Sample::staticClassInfo() {
 
 TEST(TypeLibraryListing, MemberLinesShowAccessorsParametersAndFlags) {
     const std::vector<std::string> expected = {
-        "  0x40030000 get let Size As Long",
-        "  0x40030001 get set Owner As Object",
-        "  0x40030002 get let set Tag As Variant",
-        "  0x68030000 get let set Limit(Index As Integer) As Variant",
+        "  0x40030000 get let Size As Long\n",
+        "  0x40030001 get set Owner As Object\n",
+        "  0x40030002 get let set Tag As Variant\n",
+        "  0x68030000 get let set Limit(Index As Integer) As Variant\n",
         "  0x60030001 method Find(ByRef Text As String, Optional Exact As Boolean = True, "
-        "Optional Since As Date = #12:00:00 PM#, Optional Quote As String = \"say \"\"hi\"\"\")",
-        "  0xFFFFFFFC get NewEnum() As IUnknown hidden",
+        "Optional Since As Date = #12:00:00 PM#, Optional Quote As String = \"say \"\"hi\"\"\")\n",
+        "  0xFFFFFFFC get NewEnum() As IUnknown hidden\n",
     };
     std::vector<std::string> actual;
     for (const MemberInfo& m : Sample::staticClassInfo().members()) actual.push_back(toUtf8(memberListing(m)));
-    for (std::string& l : actual) {
-        ASSERT_FALSE(l.empty());
-        EXPECT_EQ(l.back(), '\n');
-        l.pop_back();
-    }
     EXPECT_EQ(actual, expected);
 }
 

@@ -13,13 +13,6 @@ namespace {
 const ErrorRecord WrongKind = libraryError("CDefinitionSet.Add", errors::WrongKind);
 const ErrorRecord Duplicate = platformError(errors::Runtime::DuplicateKey);
 
-template <class S>
-std::string names(const S& set) {
-    std::string out;
-    set.elements().forEach([&](const auto& d) { out += (out.empty() ? "" : " ") + toUtf8(d->rawName()); });
-    return out;
-}
-
 template <class S = CDefinitionSet>
 Ref<S> setOf(std::vector<const char16_t*> items, enumDDObjectKind kind = ddoKVariableDef) {
     auto set = make<S>();
@@ -93,32 +86,26 @@ TEST(DefinitionSet, CopyIsShallowAndMergesIntoWhatTheReceiverHolds) {
     EXPECT_EQ(names(*other), "y a b");
 }
 
-TEST(DefinitionSet, DuplicateIsRefusedBeforeTheKindIsFixedAndTheHeaderBeforeTheContent) {
+TEST(DefinitionSet, DuplicateIsRefusedBeforeTheKindIsFixedAndTheHeaderTravelsFirst) {
     auto fresh = setOf({u"v"}, ddoKMenuDef);
     fresh->UseExactKind = true;
     EXPECT_EQ(raised([&] { fresh->Add(makeDefinition(u"V", ddoKCommandDef)); }), Duplicate);
     EXPECT_EQ(fresh->KindUsed(), -1);
 
-    auto menus = make<CDefinitionSet>();
-    menus->UseExactKind = true;
-    menus->SetKindUsed(ddoKMenuDef);
-    auto vars = make<CDefinitionSet>();
-    vars->UseExactKind = true;
-    vars->Add(makeDefinition(u"x", ddoKVariableDef));
-    EXPECT_EQ(raised([&] { vars->Add(makeDefinition(u"c", ddoKCommandDef)); }), WrongKind);
+    auto vars = setOf({u"x"}), menus = make<CDefinitionSet>();
+    vars->UseExactKind = true, vars->SetKindUsed(ddoKVariableDef);
+    EXPECT_TRUE(vars->GetCopy()->Compare(vars));  // rule and kind are copied
+    menus->UseExactKind = true, menus->SetKindUsed(ddoKMenuDef);
     EXPECT_EQ(raised([&] { menus->SetFromObject(vars); }), WrongKind);
-    EXPECT_EQ(menus->KindUsed(), ddoKMenuDef);
-    EXPECT_EQ(menus->Count(), 0);
+    EXPECT_TRUE(menus->KindUsed() == ddoKMenuDef && menus->Count() == 0);
 }
 
 TEST(VariableDefinitionSet, AcceptsOnlyVariablesItsUnionAlwaysFailsAndItHasAShortLabel) {
     auto set = setOf<CVariableDefinitionSet>({u"a"});
     EXPECT_EQ(raised([&] { set->Add(makeDefinition(u"m", ddoKMenuDef)); }), WrongKind);
     EXPECT_EQ(raised([&] { set->Union(make<CDefinitionSet>()); }), platformError(errors::Runtime::TypeMismatch));
-    EXPECT_EQ(raised([&] { call(set, u"Union", set); }), platformError(errors::Runtime::TypeMismatch));
     EXPECT_EQ(names(*set), "a");
     expectRenderings({{[&] { return set; }, 0, "DefinitionSet{Count:1}"},
-                      {[&] { return set; }, -5, "DefinitionSet{Count:1}"},
                       {[&] { return set; }, 1, "VariableDefinitionSet{Count:1}"},
                       {[&] { return set; }, 2, "VariableDefinitionSet{Count:1, Items: { Definition{Name:a}}}"}});
 }
@@ -135,12 +122,8 @@ TEST(ValueSet, KeysAreTextFormsSoANumberAndItsTextCollide) {
     EXPECT_FALSE(set->IsInSet(Variant(Null{})));
     EXPECT_EQ(call(set, u"FindItem", Text(u"1")), Variant(std::int16_t{1}));  // the stored value
     EXPECT_EQ(set->FindItem(Variant(Text(u"bar"))), Variant(Text(u"Bar")));
-    EXPECT_EQ(set->Item(3), Variant(true));
     EXPECT_EQ(text(set->ToString(2)), "ValueSet{Count:3, Items: { (1) (Bar) (True)}}");
-    EXPECT_TRUE(set->ToString(0).isEmpty());
-    set->Insert(Variant(1.0));
-    EXPECT_EQ(text(set->ToString(2)), "ValueSet{Count:3, Items: { (Bar) (True) (1)}}");
-    EXPECT_TRUE(set->GetCopy()->Compare(set));
+    EXPECT_TRUE(set->ToString(0).isEmpty());  // no short label
 }
 
 Ref<CObject> handleOn(const char16_t* name) {
@@ -155,22 +138,19 @@ TEST(ObjectSet, KeysAreTheHeldDefinitionsNamesAndCopiesReplace) {
     EXPECT_EQ(raised([&] { set->Add(make<CObject>()); }), platformError(errors::Runtime::ObjectNotSet));
     EXPECT_EQ(raised([&] { set->Add(handleOn(u"MAIN")); }), Duplicate);
     auto found = set->FindItem(makeDefinition(u"Main", ddoKMenuDef));
-    EXPECT_NE(found.get(), set->elements()[0].get());  // a copy of the handle ...
-    EXPECT_NE(found->UntypedObject().get(), set->elements()[0]->UntypedObject().get());  // ... and its construct
-    EXPECT_TRUE(found->Compare(set->elements()[0]));
+    EXPECT_TRUE(found.get() != set->elements()[0].get() && found->Compare(set->elements()[0]));  // a copy ...
+    EXPECT_NE(found->UntypedObject().get(), set->elements()[0]->UntypedObject().get());  // ... of the construct too
 
     auto receiver = make<CObjectSet>();
     receiver->Add(handleOn(u"main"));
     receiver->Add(handleOn(u"other"));
-    receiver->SetFromObject(set);  // replaces: no duplicate error
-    EXPECT_EQ(receiver->Count(), 1);
+    receiver->SetFromObject(set);  // replaces: no duplicate error, and shares the handles
     EXPECT_EQ(receiver->elements()[0].get(), set->elements()[0].get());
     EXPECT_EQ(text(receiver->ToString(2)), "ObjectSet{Count:1, Items: { OBJECT{MENU{Definition{Name:main}}}}}");
 }
 
 TEST(Sets, MembersCarryTheirSlotIdentifiers) {
-    expectSlots(CDefinitionSet::staticClassInfo(), {{u"UseExactKind", 0x40030000}, {u"Union", 0x60030003},
-                                                    {u"NewEnum", DispIdNewEnum}, {u"ToString", 0x6003000D}});
+    expectSlots(CDefinitionSet::staticClassInfo(), {{u"UseExactKind", 0x40030000}, {u"ToString", 0x6003000D}});
     expectSlots(CValueSet::staticClassInfo(), {{u"Add", 0x60030000}});
     expectSlots(CObjectSet::staticClassInfo(), {{u"ToString", 0x6003000C}});
     // Named arguments spell the element: Add(NewDefinition:=...), IsInSet(Value:=...).

@@ -27,15 +27,11 @@ TEST(CharBuffer, RefusedCallsReportTheRuntimesErrorAndChangeNothing) {
     const auto invalid = platformError(errors::Runtime::InvalidCall);
     const auto overflow = platformError(errors::Runtime::Overflow);
     const std::pair<std::function<void(CCharBuffer&)>, ErrorRecord> cases[] = {
-        {[](CCharBuffer& b) { b.SetContents(-1, -1, u"x"); }, subscript},
-        {[](CCharBuffer& b) { b.SetChar(-1, 1, 65); }, subscript},
-        {[](CCharBuffer& b) { b.SetContents(0, 0, u"x"); }, invalid},
-        {[](CCharBuffer& b) { b.Contents(0, -2); }, invalid},
-        {[](CCharBuffer& b) { b.Char(0, 2); }, invalid},
-        {[](CCharBuffer& b) { b.SetChar(0, 1, 256); }, overflow},
+        {[](CCharBuffer& b) { b.SetContents(-1, -1, u"x"); }, subscript}, {[](CCharBuffer& b) { b.SetChar(-1, 1, 65); }, subscript},
+        {[](CCharBuffer& b) { b.SetContents(0, 0, u"x"); }, invalid}, {[](CCharBuffer& b) { b.Contents(0, -2); }, invalid},
+        {[](CCharBuffer& b) { b.Char(0, 2); }, invalid}, {[](CCharBuffer& b) { b.SetChar(0, 1, 256); }, overflow},
         {[](CCharBuffer& b) { b.SetContents(0, -1, u"x\u20AC"); }, overflow},
-        {[](CCharBuffer& b) { b.SetChar(0x7FFFFFFF, 1, 65); }, overflow},
-    };
+        {[](CCharBuffer& b) { b.SetChar(0x7FFFFFFF, 1, 65); }, overflow}};
     for (const auto& [refused, expected] : cases) {
         auto b = make<CCharBuffer>();
         b->SetContents(0, -1, u"abc");

@@ -9,17 +9,13 @@ TEST(FlagArray, RefusedCallsReportTheRuntimesErrorAndChangeNothing) {
     const auto invalid = platformError(errors::Runtime::InvalidCall);
     const auto subscript = platformError(errors::Runtime::SubscriptOutOfRange);
     const std::pair<std::function<void(CFlagArray&)>, ErrorRecord> cases[] = {
-        {[](CFlagArray& a) { a.SetFlag(-1, true); }, subscript},
-        {[](CFlagArray& a) { a.Flag(3); }, subscript},
-        {[](CFlagArray& a) { a.SetFlagCount(-1); }, invalid},
-        {[](CFlagArray& a) { a.SetFlagText(u"10"); }, invalid},
+        {[](CFlagArray& a) { a.SetFlag(-1, true); }, subscript}, {[](CFlagArray& a) { a.Flag(3); }, subscript},
+        {[](CFlagArray& a) { a.SetFlagCount(-1); }, invalid}, {[](CFlagArray& a) { a.SetFlagText(u"10"); }, invalid},
         {[](CFlagArray& a) { a.SetFlagText(u"1010"); }, invalid},
-        {[](CFlagArray& a) { a.SetFlagText(u"1x1"); }, platformError(errors::Runtime::TypeMismatch)},
-    };
+        {[](CFlagArray& a) { a.SetFlagText(u"1x1"); }, platformError(errors::Runtime::TypeMismatch)}};
     for (const auto& [refused, expected] : cases) {
         auto a = make<CFlagArray>();
-        a->SetFlagCount(3);
-        a->SetFlagText(u"101");
+        a->SetFlagCount(3), a->SetFlagText(u"101");
         EXPECT_EQ(raised([&] { refused(*a); }), expected);
         EXPECT_EQ(a->FlagText(), u"101");
     }

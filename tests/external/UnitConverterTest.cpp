@@ -21,34 +21,27 @@ struct Known {
     const char16_t *from, *to;
     double expected, relative = 1e-12;
 };
-void PrintTo(const Known& k, std::ostream* os) { *os << k.value << ' ' << toUtf8(k.from) << "->" << toUtf8(k.to); }
 
-class KnownConversion : public ::testing::TestWithParam<Known> {};
-
-TEST_P(KnownConversion, MatchesThePublishedValueBothWays) {
-    const Known& k = GetParam();
-    EXPECT_NEAR(convert(k.value, k.from, k.to), k.expected, std::abs(k.expected) * k.relative);
-    EXPECT_NEAR(convert(k.expected, k.to, k.from), k.value, std::abs(k.value) * k.relative + 1e-12);
+TEST(UnitConverter, KnownConversionsMatchThePublishedValueBothWays) {
+    const Known known[] = {
+        {0, u"degC", u"degF", 32}, {0, u"degC", u"K", 273.15}, {-40, u"degF", u"degC", -40},
+        {100, u"degC", u"degR", 671.67}, {1, u"psi", u"Pa", 6894.757293168}, {1, u"bar", u"kPa", 100},
+        {1, u"atm", u"mbar", 1013.25}, {760, u"torr", u"atm", 1}, {1, u"kg/cm2", u"Pa", 98066.5},
+        {1, u"g/cm2", u"Pa", 98.0665}, {1, u"mmHg", u"Pa", 133.322387415}, {1, u"inHg", u"Pa", 3386.388640341},
+        {1, u"inH2O@4degC", u"Pa", 249.082, 5e-6}, {1, u"cmH2O@4degC", u"Pa", 98.0638, 5e-6},
+        {1, u"inH2O@60degF", u"Pa", 248.84, 5e-5}, {1, u"psi", u"inH2O", 27.7296, 5e-6}, {12, u"inH2O", u"ftH2O", 1},
+        {1, u"in", u"mm", 25.4}, {1, u"mi", u"km", 1.609344}, {1, u"lb", u"kg", 0.45359237},
+        {1, u"LTon", u"kg", 1016.0469088}, {16, u"oz", u"lb", 1}, {1, u"gal", u"in3", 231}, {1, u"bbl", u"gal", 42},
+        {1, u"impgal", u"l", 4.54609}, {1, u"gal/min", u"l/min", 3.785411784}, {1, u"ft3/s", u"m3/h", 101.9406477312},
+        {1, u"STon/d", u"lb/h", 2000.0 / 24}, {1, u"lb/gal", u"kg/m3", 119.8264, 5e-7}, {1, u"St", u"cSt", 100},
+        {1, u"lb/(ft*s)", u"Pa*s", 1.488164, 5e-7}, {60, u"1/min", u"Hz", 1}, {4, u"mA", u"uA", 4000},
+        {50, u"%", u"ppm", 500000}, {1, u"\u2030", u"%", 0.1}, {1, u"kn", u"km/h", 1.852}, {1, u"Mohm", u"kohm", 1000}};
+    for (const Known& k : known) {
+        SCOPED_TRACE(toUtf8(k.from) + "->" + toUtf8(k.to));
+        EXPECT_NEAR(convert(k.value, k.from, k.to), k.expected, std::abs(k.expected) * k.relative);
+        EXPECT_NEAR(convert(k.expected, k.to, k.from), k.value, std::abs(k.value) * k.relative + 1e-12);
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    UnitConverter, KnownConversion,
-    ::testing::Values(
-        Known{0, u"degC", u"degF", 32}, Known{0, u"degC", u"K", 273.15}, Known{-40, u"degF", u"degC", -40},
-        Known{100, u"degC", u"degR", 671.67}, Known{1, u"psi", u"Pa", 6894.757293168},
-        Known{1, u"bar", u"kPa", 100}, Known{1, u"atm", u"mbar", 1013.25}, Known{760, u"torr", u"atm", 1},
-        Known{1, u"kg/cm2", u"Pa", 98066.5}, Known{1, u"g/cm2", u"Pa", 98.0665},
-        Known{1, u"mmHg", u"Pa", 133.322387415}, Known{1, u"inHg", u"Pa", 3386.388640341},
-        Known{1, u"inH2O@4degC", u"Pa", 249.082, 5e-6}, Known{1, u"cmH2O@4degC", u"Pa", 98.0638, 5e-6},
-        Known{1, u"inH2O@60degF", u"Pa", 248.84, 5e-5}, Known{1, u"psi", u"inH2O", 27.7296, 5e-6},
-        Known{12, u"inH2O", u"ftH2O", 1}, Known{1, u"in", u"mm", 25.4}, Known{1, u"mi", u"km", 1.609344},
-        Known{1, u"lb", u"kg", 0.45359237}, Known{1, u"LTon", u"kg", 1016.0469088}, Known{16, u"oz", u"lb", 1},
-        Known{1, u"gal", u"in3", 231}, Known{1, u"bbl", u"gal", 42}, Known{1, u"impgal", u"l", 4.54609},
-        Known{1, u"gal/min", u"l/min", 3.785411784}, Known{1, u"ft3/s", u"m3/h", 101.9406477312},
-        Known{1, u"STon/d", u"lb/h", 2000.0 / 24}, Known{1, u"lb/gal", u"kg/m3", 119.8264, 5e-7},
-        Known{1, u"St", u"cSt", 100}, Known{1, u"lb/(ft*s)", u"Pa*s", 1.488164, 5e-7},
-        Known{60, u"1/min", u"Hz", 1}, Known{4, u"mA", u"uA", 4000}, Known{50, u"%", u"ppm", 500000},
-        Known{1, u"\u2030", u"%", 0.1}, Known{1, u"kn", u"km/h", 1.852}, Known{1, u"Mohm", u"kohm", 1000}));
 
 TEST(UnitConverter, DefinedRelationsComeOutExactlyAsDecimalsRead) {
     const Known exact[] = {{0, u"degC", u"degF", 32},   {32, u"degF", u"degC", 0},    {273.15, u"K", u"degC", 0},
@@ -61,21 +54,13 @@ TEST(UnitConverter, DefinedRelationsComeOutExactlyAsDecimalsRead) {
     }
 }
 
-std::vector<UnitFamily> families() {
-    std::set<UnitFamily> seen;
-    for (const UnitDefinition& u : CUnitConverter::units()) seen.insert(u.family);
-    return {seen.begin(), seen.end()};
-}
-
-class FamilyRoundTrip : public ::testing::TestWithParam<UnitFamily> {};
-
-// Every ordered pair, values of both signs and several magnitudes (none so
-// small that a temperature offset would swallow it).
-TEST_P(FamilyRoundTrip, EveryPairReturnsTheValueWithin1e12) {
+// Every ordered pair of every family, values of both signs and several
+// magnitudes (none so small that a temperature offset would swallow it).
+TEST(UnitConverter, EveryPairOfAFamilyReturnsTheValueWithin1e12) {
     auto converter = make<CUnitConverter>();
     for (const UnitDefinition& a : CUnitConverter::units())
         for (const UnitDefinition& b : CUnitConverter::units()) {
-            if (a.family != GetParam() || b.family != GetParam()) continue;
+            if (a.family != b.family) continue;
             for (double value : {1.0, -37.5, 1234.5678, 9.87e6}) {
                 const double back = converter->ConvertUnit(converter->ConvertUnit(value, a.name, b.name), b.name, a.name);
                 EXPECT_LE(std::abs(back - value), 1e-12 * std::abs(value)) << toUtf8(a.name) << "->" << toUtf8(b.name);
@@ -83,13 +68,7 @@ TEST_P(FamilyRoundTrip, EveryPairReturnsTheValueWithin1e12) {
         }
 }
 
-INSTANTIATE_TEST_SUITE_P(UnitConverter, FamilyRoundTrip, ::testing::ValuesIn(families()), [](const auto& info) {
-    std::string name = toUtf8(familyName(info.param));
-    std::erase(name, ' ');
-    return name;
-});
-
-TEST(UnitConverter, TableHasUniqueNamesAndSIUnitsFirstAndEnoughFamilies) {
+TEST(UnitConverter, TableHasUniqueNamesAndSIUnitsFirst) {
     std::set<Text> names;
     std::map<UnitFamily, int> perFamily;
     for (const UnitDefinition& u : CUnitConverter::units()) {
@@ -101,8 +80,6 @@ TEST(UnitConverter, TableHasUniqueNamesAndSIUnitsFirstAndEnoughFamilies) {
         }
         EXPECT_EQ(CUnitConverter::findUnit(u.name), &u);
     }
-    EXPECT_GE(names.size(), 100u);
-    EXPECT_GE(perFamily.size(), 12u);
     const double awkward = 0.1 + 0.2;  // a unit into itself is left alone, bit for bit
     EXPECT_EQ(convert(awkward, u"DEGF", u"degF"), awkward);
 }

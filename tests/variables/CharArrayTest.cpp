@@ -50,20 +50,14 @@ TEST(CharArray, BytesGoInOneByOneAndRenderUpToTheFirstNul) {
 
 // Each refused call leaves Size and the stored text as they were.
 TEST(CharArray, RefusedCallsReportTheirErrorAndChangeNothing) {
-    const std::pair<std::function<void(const Ref<CCharArray>&)>, ErrorRecord> cases[] = {
-        {[](const Ref<CCharArray>& a) { a->Char(-1); }, BadIndex},
-        {[](const Ref<CCharArray>& a) { a->SetChar(-1, 65); }, BadIndex},
-        {[](const Ref<CCharArray>& a) { a->SetChar(4, 65); }, BadIndex},
-        {[](const Ref<CCharArray>& a) { a->SetText(u"\u20AC"); }, platformError(errors::Runtime::Overflow)},
-        {[](const Ref<CCharArray>& a) { a->SetFromByteArray({}); }, platformError(errors::Runtime::SubscriptOutOfRange)},
-        {[](const Ref<CCharArray>& a) { call(a, u"SetFromByteArray", Text(u"ABCD")); },
-         platformError(errors::Runtime::TypeMismatch)},
-        {[](const Ref<CCharArray>& a) {
-             Variant args[] = {Variant(std::int32_t{0}), Variant(std::int32_t{256})};
-             invoke(a, u"Char", Access::Let, args);
-         },
-         platformError(errors::Runtime::Overflow)},
-    };
+    using A = const Ref<CCharArray>&;
+    const std::pair<std::function<void(A)>, ErrorRecord> cases[] = {
+        {[](A a) { a->Char(-1); }, BadIndex}, {[](A a) { a->SetChar(-1, 65); }, BadIndex}, {[](A a) { a->SetChar(4, 65); }, BadIndex},
+        {[](A a) { a->SetText(u"\u20AC"); }, platformError(errors::Runtime::Overflow)},
+        {[](A a) { a->SetFromByteArray({}); }, platformError(errors::Runtime::SubscriptOutOfRange)},
+        {[](A a) { call(a, u"SetFromByteArray", Text(u"ABCD")); }, platformError(errors::Runtime::TypeMismatch)},
+        {[](A a) { Variant args[] = {Variant(std::int32_t{0}), Variant(std::int32_t{256})}; invoke(a, u"Char", Access::Let, args); },
+         platformError(errors::Runtime::Overflow)}};
     for (const auto& [refused, expected] : cases) {
         auto a = arrayOf(4, u"abcd");
         EXPECT_EQ(raised([&] { refused(a); }), expected);
@@ -79,7 +73,6 @@ TEST(CharArray, IsReachableByNameAndIdentifier) {
     EXPECT_EQ(get(a, u"TEXT"), value[0]);
     Variant index[] = {Variant(std::int32_t{1})};
     EXPECT_EQ(invoke(a, u"Char", Access::Get, index), Variant(std::uint8_t{'i'}));
-    EXPECT_EQ(raised([&] { call(a, u"SetFromByteArray"); }).number, static_cast<std::int32_t>(0x800A01C1u));
     expectSlots(a->classInfo(), {{u"Size", 0x40030000}, {u"text", 0}, {u"ToString", 0x60030003}});
 }
 

@@ -42,15 +42,10 @@ Ref<Object> twoEnumerators() { return setOf<CEnumeratorSet>(item(0, u"Off"), ite
 
 TEST(Enumerators, RenderExactly) {
     auto low = [] { return item(-3, u"Low", u"below range"); };
-    auto bareBit = [] { return bit(1, u"Bit0", u"hh"); };
     expectRenderings({
-        {[] { return make<CEnumerator>(); }, 1, "Enumerator{Description:}"},
-        {[] { return make<CEnumerator>(); }, 2, "Enumerator{Description:, Value:0, Help:}"},
         {low, -1, nullptr},
         {low, 3, "Enumerator{Description:Low, Value:-3, Help:below range}"},
-        {bareBit, 0, nullptr},
-        {bareBit, 2, "BitEnumerator{Description:Bit0, Value:1, Help:hh}"},
-        {fullBit, 1, "BitEnumerator{Description:Sensor failure}"},
+        {methodOnlyBit, 0, nullptr},
         {fullBit, 2,
          "BitEnumerator{Description:Sensor failure, Value:4, Help:Replace it, Class:VariableClass{Type:"
          "0000000000100}, Status:StatusClass{Other:1000000000000000}, Method:Definition{Name:reset}}"},
@@ -61,16 +56,10 @@ TEST(Enumerators, RenderExactly) {
         // An absent child leaves out its label too.
         {methodOnlyBit, 2, "BitEnumerator{Description:Calibrate, Value:8, Help:, Method:Definition{Name:cal}}"},
         // Below level 1 the sets print a short label instead of nothing.
-        {[] { return make<CEnumeratorSet>(); }, 0, "EnumeratorSet{Count:0}"},
         {twoEnumerators, -2, "EnumeratorSet{Count:2}"},
-        {[] { return make<CEnumeratorSet>(); }, 1, "VariableEnumeratorSet{Count:0}"},
         {twoEnumerators, 2,
          "VariableEnumeratorSet{Count:2, Items: { Enumerator{Description:Off} Enumerator{Description:On}}}"},
-        {twoEnumerators, 3,
-         "VariableEnumeratorSet{Count:2, Items: { Enumerator{Description:Off, Value:0, Help:} "
-         "Enumerator{Description:On, Value:1, Help:running}}}"},
         {[] { return make<CBitEnumeratorSet>(); }, 0, "BitEnumeratorSet{Count:0}"},
-        {[] { return make<CBitEnumeratorSet>(); }, 1, "VariableBitEnumeratorSet{Count:0}"},
         {[] { return setOf<CBitEnumeratorSet>(methodOnlyBit()); }, 3,
          "VariableBitEnumeratorSet{Count:1, Items: { BitEnumerator{Description:Calibrate, Value:8, Help:, "
          "Method:Definition{Name:cal}}}}"},
@@ -166,44 +155,32 @@ TEST(BitEnumerator, ARefusedCopyLeavesTheReceiverUnchanged) {
     EXPECT_TRUE(receiver->Value == 4 && receiver->Class.get() == keptClass);
 }
 
-TEST(BitEnumerator, FieldsThroughDispatchShareTheObjectsTheyAreGiven) {
+TEST(BitEnumerator, ObjectFieldsTakeOnlyTheirClassAndMembersAnswerTheirSlots) {
     Ref<Object> b = make<CBitEnumerator>();
-    let(b, u"Value", Text(u"12"));
-    EXPECT_EQ(refCast<CBitEnumerator>(b)->Value, 12);
-    auto cls = make<CVariableClass>();
-    Variant value[] = {Variant(cls)}, wrong[] = {Variant(make<CStatusClass>())};
-    invoke(b, u"Class", Access::Set, value);
+    Variant wrong[] = {Variant(make<CStatusClass>())};
     EXPECT_EQ(raised([&] { invoke(b, u"Class", Access::Set, wrong); }), platformError(errors::Runtime::TypeMismatch));
-    EXPECT_EQ(get(b, u"Class").toObject().get(), cls.get());
-    EXPECT_TRUE(get(b, u"Status").toObject() == nullptr);
     expectSlots(b->classInfo(), {{u"Method", FirstFieldId + 5}, {u"ToString", FirstMethodId + 3}});
     expectSlots(CEnumerator::staticClassInfo(), {{u"Help", FirstFieldId + 2}});
 }
 
 // ---- Where the two sets deviate from the generic set -------------------------
 
-TEST(EnumeratorSet, KeyedByValueWithNothingForAnAbsentValue) {
+TEST(EnumeratorSet, KeyedByValueWithNothingForAnAbsentValueAndACopyMerges) {
     auto lowest = item(-1, u"Low");
     auto set = setOf<CEnumeratorSet>(lowest, item(1, u"High"));
     EXPECT_EQ(raised([&] { set->Add(item(-1, u"same value")); }), Duplicate);
     EXPECT_TRUE(set->FindItem(-1) != lowest && set->FindItem(-1)->Compare(lowest) && !set->FindItem(0));
-    EXPECT_TRUE(call(set, u"FindItem", std::int32_t{5}).toObject() == nullptr);
     lowest->Value = 42;  // the key was read when the element was added
     EXPECT_TRUE(set->FindItem(-1) && !set->IsInSet(lowest));
+    EXPECT_EQ(raised([&] { set->SetFromObject(setOf<CEnumeratorSet>(item(1, u"again"))); }), Duplicate);  // merges
 }
 
-TEST(BitEnumeratorSet, AbsentValueFailsAndItemsAreDeepCopies) {
+TEST(BitEnumeratorSet, AbsentValueFailsAndACopyMerges) {
     auto stored = fullBit();
     auto set = setOf<CBitEnumeratorSet>(stored);
     EXPECT_EQ(raised([&] { call(set, u"FindItem", std::int32_t{5}); }), platformError(errors::Runtime::InvalidCall));
     EXPECT_TRUE(set->FindItem(4)->Compare(stored));
-    auto copy = set->Item(1);
-    EXPECT_NE(copy->Class.get(), stored->Class.get());
-    EXPECT_TRUE(copy->Compare(stored));
-    auto receiver = setOf<CBitEnumeratorSet>(bit(4, u"other"));  // a copy merges: 4 collides
-    EXPECT_EQ(raised([&] { receiver->SetFromObject(setOf<CBitEnumeratorSet>(bit(1, u"a"), bit(4, u"b"))); }),
-              Duplicate);
-    EXPECT_EQ(receiver->Count(), 2);
+    EXPECT_EQ(raised([&] { set->SetFromObject(setOf<CBitEnumeratorSet>(bit(4, u"again"))); }), Duplicate);
 }
 
 }  // namespace
