@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <string>
+#include <type_traits>
 
 #include "tylhart/core/Dispatch.hpp"
 
@@ -45,9 +46,24 @@ inline ErrorRecord raised(const std::function<void()>& call) {
 inline ErrorRecord libraryError(const char* source, const char16_t* description) {
     return {errors::InvalidArgument, source, toUtf8(description)};
 }
-inline ErrorRecord platformError(errors::Runtime code) {
-    return {errors::numberOf(code), "TylHartTypes", toUtf8(errors::descriptionOf(code))};
+
+// The runtime's records, spelled out as callers compare them.
+inline ErrorRecord runtimeRecord(std::uint32_t code, const char* description) {
+    return {static_cast<std::int32_t>(0x800A0000u + code), "TylHartTypes", description};
 }
+inline const ErrorRecord InvalidCall = runtimeRecord(5, "Invalid procedure call or argument");
+inline const ErrorRecord Overflow = runtimeRecord(6, "Overflow");
+inline const ErrorRecord Subscript = runtimeRecord(9, "Subscript out of range");
+inline const ErrorRecord TypeMismatch = runtimeRecord(13, "Type mismatch");
+inline const ErrorRecord NotSet = runtimeRecord(91, "Object variable or With block variable not set");
+inline const ErrorRecord NullUse = runtimeRecord(94, "Invalid use of Null");
+inline const ErrorRecord CannotCreate = runtimeRecord(429, "ActiveX component can't create object");
+inline const ErrorRecord NoSuchMember = runtimeRecord(438, "Object doesn't support this property or method");
+inline const ErrorRecord NotOptional = runtimeRecord(449, "Argument not optional");
+inline const ErrorRecord WrongArgumentCount =
+    runtimeRecord(450, "Wrong number of arguments or invalid property assignment");
+inline const ErrorRecord Duplicate =
+    runtimeRecord(457, "This key is already associated with an element of this collection");
 
 // Names of a container's elements in order, e.g. "a b c".
 template <class C>
@@ -57,18 +73,40 @@ std::string names(const C& container) {
     return out;
 }
 
+// A new T after `setup` ran on it, so a test object is built in one expression.
+template <class T, class Setup>
+Ref<T> made(Setup&& setup) {
+    auto object = make<T>();
+    setup(*object);
+    return object;
+}
+
 inline std::string text(const Variant& v) { return v.isEmpty() ? std::string("<empty>") : toUtf8(v.toText()); }
 
-// Late-bound call with natural argument order.
+// Late-bound access with natural argument order, by name or identifier: a
+// let or set takes the value last, after the property's parameters.
+template <class Member, class... A>
+Variant invokeWith(const Ref<Object>& o, Member member, Access access, A... args) {
+    Variant list[] = {Variant(), Variant(args)...};
+    const std::span<Variant> passed(list + 1, sizeof...(A));
+    if constexpr (std::is_integral_v<Member>) return invoke(*o, member, access, passed);
+    else return invoke(o, member, access, passed);
+}
 template <class... A>
 Variant call(const Ref<Object>& o, const char16_t* name, A... args) {
-    Variant list[] = {Variant(), Variant(args)...};
-    return invoke(o, name, Access::Method, std::span<Variant>(list + 1, sizeof...(A)));
+    return invokeWith(o, name, Access::Method, args...);
 }
-inline Variant get(const Ref<Object>& o, const char16_t* name) { return invoke(o, name, Access::Get); }
-inline void let(const Ref<Object>& o, const char16_t* name, Variant value) {
-    Variant list[] = {std::move(value)};
-    invoke(o, name, Access::Let, list);
+template <class Member, class... A>
+Variant get(const Ref<Object>& o, Member member, A... args) {
+    return invokeWith(o, member, Access::Get, args...);
+}
+template <class Member, class... A>
+void let(const Ref<Object>& o, Member member, A... args) {
+    invokeWith(o, member, Access::Let, args...);
+}
+template <class Member, class... A>
+void setObject(const Ref<Object>& o, Member member, A... args) {
+    invokeWith(o, member, Access::Set, args...);
 }
 
 // Slots are numbered by declaration order (fields from FirstFieldId, code

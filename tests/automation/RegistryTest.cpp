@@ -3,64 +3,51 @@
 #include <algorithm>
 #include <set>
 
-#include "tylhart/automation/Registry.hpp"
-#include "tylhart/core/CDefinition.hpp"
+#include "tylhart/automation/Entry.hpp"
 
 namespace tylhart::test {
 namespace {
 
 using namespace automation;
 
-const ErrorRecord CannotCreate{static_cast<std::int32_t>(0x800A01ADu), "TylHartTypes",
-                               "ActiveX component can't create object"};
-
-TEST(Registry, TableHoldsFortyEightDistinctWellFormedClasses) {
-    auto all = classes();
-    ASSERT_EQ(all.size(), 48u);
-    std::set<Text> names, clsids, iids;
-    for (const ClassEntry& c : all) {
+// Every row is distinct, kept in the registry's own spelling and found again
+// under each of its identities; a built row creates its own class under both
+// names, a row without implementation fails exactly as an unknown name does.
+TEST(Registry, EveryRowIsDistinctFoundUnderEachIdentityAndCreatesItsClassOrRaises429) {
+    ASSERT_EQ(classes().size(), 48u);
+    std::set<Text> names, identifiers;  // class and interface identifiers never coincide
+    for (const ClassEntry& c : classes()) {
         SCOPED_TRACE(toUtf8(c.name));
         EXPECT_TRUE(names.insert(foldCase(c.name)).second);
+        EXPECT_TRUE(identifiers.insert(c.clsid).second && identifiers.insert(c.iid).second);
         EXPECT_EQ(Text(c.progId), u"TylHartTypes." + Text(c.name));
-        // Identifiers are kept in the registry's own spelling.
-        auto clsid = parseGuid(c.clsid);
-        auto iid = parseGuid(c.iid);
+        const auto clsid = parseGuid(c.clsid), iid = parseGuid(c.iid);
         ASSERT_TRUE(clsid && iid);
-        EXPECT_EQ(formatGuid(*clsid), Text(c.clsid));
-        EXPECT_EQ(formatGuid(*iid), Text(c.iid));
-        EXPECT_TRUE(clsids.insert(c.clsid).second);
-        EXPECT_TRUE(iids.insert(c.iid).second);
+        EXPECT_TRUE(formatGuid(*clsid) == c.clsid && formatGuid(*iid) == c.iid);
+        EXPECT_TRUE(findClass(foldCase(c.name)) == &c && findClassByProgId(foldCase(c.progId)) == &c);
+        EXPECT_TRUE(findClassByClsid(*clsid) == &c && findClassByIid(*iid) == &c);
+        EXPECT_TRUE(findClassByClsid(c.iid) == nullptr && findClassByIid(*clsid) == nullptr);
         if (c.built()) {
             EXPECT_EQ(c.classInfo().name(), Text(c.name));
+            EXPECT_EQ(CreateObject(c.progId)->className(), Text(c.name));
+            EXPECT_EQ(CreateObjectFromClsid(c.clsid)->className(), Text(c.name));
+        } else {
+            EXPECT_EQ(raised([&] { CreateObject(c.progId); }), CannotCreate);
+            EXPECT_EQ(raised([&] { CreateObjectFromClsid(c.clsid); }), CannotCreate);
         }
     }
-    // No interface shares an identifier with a class.
-    for (const Text& id : clsids) EXPECT_EQ(iids.count(id), 0u) << toUtf8(id);
 }
 
-// Every lookup of a known row finds that row; an interface identifier is
-// not a class identifier, and the reverse.
-TEST(Registry, EveryLookupOfAKnownRowFindsTheSameRow) {
-    const std::tuple<const char16_t*, const char16_t*, const char16_t*, const char16_t*> rows[] = {  // lookup, name
-        {u"CDefinition", u"CDefinition", u"{65488EEC-01BE-11D5-8151-00E0291221F9}", u"{729158C8-9D51-4DB2-96AA-0E9801C2A6FB}"},
-        {u"ddenums", u"DDEnums", u"{016E9349-5C94-11D4-80BA-00E0291221F9}", u"{BE1382EE-8EA2-41FA-880F-0FEE95BE27CC}"},
-        {u"CVARIABLEDEFINITIONSET", u"CVariableDefinitionSet", u"{783E1629-A8B3-47BD-8EB0-2741B691899A}",
-         u"{B48AA6E3-EBF7-41C6-89B2-A438AA4A8948}"},
-        {u"CObject", u"CObject", u"{DED357F0-1238-4748-A3B9-FB15EA22035F}", u"{C18E4D99-DC67-4A6D-95D3-93CC1E524FC0}"},
-        {u"CVariable", u"CVariable", u"{9439C1CD-5332-4AA2-B705-0C7CE8D76C5C}", u"{53E47713-8A46-4618-8BA4-F6BF4F85791C}"},
-        {u"CBitEnumeratorSet", u"CBitEnumeratorSet", u"{3C793D6C-0DCE-4CE3-A5CF-F34717B6E640}",
-         u"{74849F67-F060-4EC8-B473-944AEEEB6BF4}"}};
-    for (const auto& [lookup, name, clsid, iid] : rows) {
-        SCOPED_TRACE(toUtf8(name));
-        const ClassEntry* row = findClass(lookup);
+// Clients have stored these identities; a sample pins them.
+TEST(Registry, IdentitiesStayAsPublished) {
+    const std::tuple<const char16_t*, const char16_t*, const char16_t*> pinned[] = {
+        {u"CVariable", u"{9439C1CD-5332-4AA2-B705-0C7CE8D76C5C}", u"{53E47713-8A46-4618-8BA4-F6BF4F85791C}"},
+        {u"CObject", u"{DED357F0-1238-4748-A3B9-FB15EA22035F}", u"{C18E4D99-DC67-4A6D-95D3-93CC1E524FC0}"},
+        {u"CBitEnumeratorSet", u"{3C793D6C-0DCE-4CE3-A5CF-F34717B6E640}", u"{74849F67-F060-4EC8-B473-944AEEEB6BF4}"}};
+    for (const auto& [name, clsid, iid] : pinned) {
+        const ClassEntry* row = findClass(name);
         ASSERT_NE(row, nullptr);
-        EXPECT_EQ(Text(row->name), Text(name));
-        EXPECT_TRUE(Text(row->clsid) == clsid && Text(row->iid) == iid);
-        EXPECT_EQ(row->interfaceName(), u"_" + Text(name));
-        EXPECT_EQ(findClassByProgId(u"TylHartTypes." + Text(lookup)), row);
-        EXPECT_TRUE(findClassByClsid(TextView(clsid)) == row && findClassByClsid(*parseGuid(clsid)) == row);
-        EXPECT_EQ(findClassByIid(*parseGuid(iid)), row);
-        EXPECT_TRUE(findClassByClsid(TextView(iid)) == nullptr && findClassByIid(*parseGuid(clsid)) == nullptr);
+        EXPECT_TRUE(Text(row->clsid) == clsid && Text(row->iid) == iid) << toUtf8(name);
     }
 }
 
@@ -81,14 +68,7 @@ TEST(Registry, GuidsParseOnlyTheRegistryForms) {
         EXPECT_TRUE(g->data1 == 0x65488EECu && g->data2 == 0x01BEu && g->data3 == 0x11D5u);
         EXPECT_TRUE(std::equal(tail, tail + 8, g->data4));
         EXPECT_EQ(formatGuid(*g), u"{65488EEC-01BE-11D5-8151-00E0291221F9}");
-        // Creation accepts the same spellings, and names ignore case; each call makes a fresh object.
-        Ref<Object> a = CreateObjectFromClsid(spelling);
-        ASSERT_TRUE(a);
-        EXPECT_EQ(a->className(), u"CDefinition");
     }
-    Ref<Object> a = CreateObject(u"TylHartTypes.CDefinition"), b = CreateObject(u"TYLHARTTYPES.cdefinition");
-    ASSERT_TRUE(a && b);
-    EXPECT_TRUE(a.get() != b.get() && refCast<CDefinition>(b)->Kind() == ddoKUndefined);  // a fresh definition
 }
 
 TEST(Registry, UnknownNamesAndIdentifiersRaise429AndCreateNothing) {
@@ -105,27 +85,86 @@ TEST(Registry, UnknownNamesAndIdentifiersRaise429AndCreateNothing) {
     EXPECT_EQ(Object::liveObjects(), before);
 }
 
-// Built classes are created under both of their identities; classes whose
-// implementation is missing fail exactly as an unknown name does.
-TEST(Registry, EveryRowCreatesItsOwnClassOrRaises429) {
-    for (const ClassEntry& c : classes()) {
-        SCOPED_TRACE(toUtf8(c.name));
-        if (c.built()) {
-            EXPECT_EQ(CreateObject(c.progId)->className(), Text(c.name));
-            EXPECT_EQ(CreateObjectFromClsid(c.clsid)->className(), Text(c.name));
-        } else {
-            EXPECT_EQ(raised([&] { CreateObject(c.progId); }), CannotCreate);
-            EXPECT_EQ(raised([&] { CreateObjectFromClsid(c.clsid); }), CannotCreate);
-        }
-    }
-}
-
 TEST(Registry, MarkerClassesHaveNoMembers) {
     for (const char16_t* name : {u"TylHartTypes.DDEnums", u"TylHartTypes.DDTypes"}) {
         Ref<Object> o = CreateObject(name);
         EXPECT_TRUE(o->classInfo().members().empty());
-        EXPECT_EQ(raised([&] { get(o, u"ToString"); }), platformError(errors::Runtime::NoSuchMember));
+        EXPECT_EQ(raised([&] { get(o, u"ToString"); }), NoSuchMember);
     }
+}
+
+// ---- Entry points ----
+
+const Guid DefinitionClsid = *parseGuid(u"{65488EEC-01BE-11D5-8151-00E0291221F9}");
+const Guid DefinitionIid = *parseGuid(u"{729158C8-9D51-4DB2-96AA-0E9801C2A6FB}");
+const Guid DDEnumsClsid = *parseGuid(u"{016E9349-5C94-11D4-80BA-00E0291221F9}");
+const Guid IidDispatch = *parseGuid(u"{00020400-0000-0000-C000-000000000046}");
+
+// Takes over the reference that DllGetClassObject added.
+Ref<Object> adopt(void* p) {
+    Ref<Object> r(static_cast<Object*>(p));
+    static_cast<Object*>(p)->release();
+    return r;
+}
+
+// Each accepted interface yields a factory, itself a live object reached by
+// dispatch, that makes a new object of the class asked for on every call.
+TEST(Entry, FactoryCreatesNewObjectsOfTheClassItWasAskedFor) {
+    for (const Guid& iid : {IidUnknown, IidClassFactory, DefinitionIid}) {
+        const std::size_t before = Object::liveObjects();
+        void* ppv = nullptr;
+        ASSERT_EQ(DllGetClassObject(DefinitionClsid, iid, &ppv), status::Ok) << toUtf8(formatGuid(iid));
+        EXPECT_EQ(Object::liveObjects(), before + 1);
+        Ref<Object> factory = adopt(ppv);
+        EXPECT_EQ(factory->className(), u"ClassFactory");
+        const Variant a = invoke(factory, u"CreateInstance", Access::Method);
+        const Variant b = invoke(factory, u"createinstance", Access::Method);
+        ASSERT_TRUE(a.isObject() && b.isObject());
+        EXPECT_NE(a.toObject().get(), b.toObject().get());
+        EXPECT_EQ(a.toObject()->className(), u"CDefinition");
+    }
+    void* ppv = nullptr;
+    ASSERT_EQ(DllGetClassObject(DDEnumsClsid, IidClassFactory, &ppv), status::Ok);
+    EXPECT_EQ(refCast<ClassFactory>(adopt(ppv))->CreateInstance()->className(), u"DDEnums");
+}
+
+TEST(Entry, RefusedRequestAnswersTheStatusClearsTheResultAndCreatesNothing) {
+    std::vector<std::tuple<Guid, Guid, HResult>> cases = {
+        {*parseGuid(u"{016E9347-5C94-11D4-80BA-00E0291221F9}"), IidClassFactory, status::ClassNotAvailable},
+        {DefinitionIid, IidClassFactory, status::ClassNotAvailable},  // an interface id is no class
+        {DefinitionClsid, IidDispatch, status::NoInterface},
+        {DefinitionClsid, *parseGuid(u"{BE1382EE-8EA2-41FA-880F-0FEE95BE27CC}"), status::NoInterface},
+        {Guid{}, IidDispatch, status::ClassNotAvailable}};  // an unknown class wins over a bad interface
+    for (const ClassEntry& c : classes())  // a class without implementation has no factory
+        if (!c.built()) cases.emplace_back(*parseGuid(c.clsid), IidClassFactory, status::ClassNotAvailable);
+    const std::size_t before = Object::liveObjects();
+    for (const auto& [clsid, iid, expected] : cases) {
+        int sentinel = 0;
+        void* ppv = &sentinel;
+        EXPECT_EQ(DllGetClassObject(clsid, iid, &ppv), expected) << toUtf8(formatGuid(clsid) + u" " + formatGuid(iid));
+        EXPECT_EQ(ppv, nullptr);
+    }
+    EXPECT_EQ(Object::liveObjects(), before);
+    EXPECT_EQ(DllGetClassObject(DefinitionClsid, IidClassFactory, nullptr), status::Pointer);
+}
+
+// The unload answer doubles as a leak check: every test of this binary
+// gives back what it took.
+TEST(Entry, CanUnloadOnlyWhenNothingIsAlive) {
+    ASSERT_EQ(DllCanUnloadNow(), status::Ok) << Object::liveObjects() << " objects alive";
+    void* ppv = nullptr;
+    ASSERT_EQ(DllGetClassObject(DefinitionClsid, IidClassFactory, &ppv), status::Ok);
+    EXPECT_EQ(DllCanUnloadNow(), status::False);
+    Ref<Object> made = refCast<ClassFactory>(adopt(ppv))->CreateInstance();
+    // The factory is gone; the object it made still holds the library.
+    EXPECT_EQ(DllCanUnloadNow(), status::False);
+    // A refused call on it leaks nothing either.
+    EXPECT_EQ(raised([&] { let(made, u"Name", Variant(u"x")); }),
+              libraryError("CDefinition.DefName", errors::NotInitialized));
+    made = nullptr;
+    EXPECT_EQ(DllCanUnloadNow(), status::Ok);
+    // Registration is static: installers that call it see success.
+    EXPECT_TRUE(DllRegisterServer() == status::Ok && DllUnregisterServer() == status::Ok);
 }
 
 }  // namespace

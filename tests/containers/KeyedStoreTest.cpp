@@ -38,12 +38,12 @@ TEST(KeyedStore, RefusedCallsRaiseTheRuntimeErrorsAndChangeNothing) {
     KeyedStore<int> store;
     store.append(1, Text(u"Flow"));
     store.append(2);
-    EXPECT_EQ(raised([&] { store.append(3, Text(u"FLOW")); }), platformError(errors::Runtime::DuplicateKey));
-    EXPECT_EQ(raised([&] { store.at(0); }), platformError(errors::Runtime::SubscriptOutOfRange));
-    EXPECT_EQ(raised([&] { store.at(3); }), platformError(errors::Runtime::SubscriptOutOfRange));
-    EXPECT_EQ(raised([&] { store.keyIndex(u"pressure"); }), platformError(errors::Runtime::InvalidCall));
-    EXPECT_EQ(raised([&] { store.indexFor(Variant(Null{})); }), platformError(errors::Runtime::InvalidUseOfNull));
-    EXPECT_EQ(raised([&] { store.indexFor(Variant(nullptr)); }), platformError(errors::Runtime::TypeMismatch));
+    EXPECT_EQ(raised([&] { store.append(3, Text(u"FLOW")); }), Duplicate);
+    EXPECT_EQ(raised([&] { store.at(0); }), Subscript);
+    EXPECT_EQ(raised([&] { store.at(3); }), Subscript);
+    EXPECT_EQ(raised([&] { store.keyIndex(u"pressure"); }), InvalidCall);
+    EXPECT_EQ(raised([&] { store.indexFor(Variant(Null{})); }), NullUse);
+    EXPECT_EQ(raised([&] { store.indexFor(Variant(nullptr)); }), TypeMismatch);
     EXPECT_EQ(store.size(), 2u);
     EXPECT_EQ(store.indexFor(Variant(Text(u"flow"))), 0u);
     EXPECT_EQ(store.indexFor(Variant(2.0)), 1u);

@@ -1,27 +1,43 @@
 #include "TestSupport.hpp"
-#include "support/TestConstructs.hpp"
+#include "tylhart/constructs/Collections.hpp"
 
 namespace tylhart::test {
 namespace {
 
 const ErrorRecord TopLevelOnly = libraryError("CObject.UntypedObject", errors::TopLevelOnly);
 
-Ref<FakeMenu> menuNamed(const char16_t* name) {
-    auto m = make<FakeMenu>();
-    m->Definition()->SetName(name);
-    return m;
+// Carries the name of a top-level class, but its Definition is Nothing, so
+// its kind cannot be read.
+class DefinitionlessVariable final : public Object {
+public:
+    static constexpr const char16_t* TypeName = u"CVariable";
+    Ref<CDefinition> Definition() const { return {}; }
+    static const ClassInfo& staticClassInfo() {
+        static const ClassInfo info = ClassBuilder<DefinitionlessVariable>(TypeName)
+                                          .getter(u"Definition", &DefinitionlessVariable::Definition)
+                                          .build(nullptr);
+        return info;
+    }
+    const ClassInfo& classInfo() const override { return staticClassInfo(); }
+};
+
+Ref<CCollection> collectionNamed(const char16_t* name) {
+    auto c = make<CCollection>();
+    c->Definition()->SetName(name);
+    return c;
 }
 
+// A member offers a readable definition but is no top-level class.
 TEST(ObjectHandle, RefusesObjectsThatAreNotTopLevelConstructsAndKeepsTheHeldOne) {
     auto handle = make<CObject>();
-    auto menu = menuNamed(u"main");
-    handle->SetUntypedObject(menu);
-    const std::vector<Ref<Object>> refused = {makeDefinition(u"d", ddoKMenuDef), make<CObject>(),
-                                              make<NotTopLevel>(), make<DefinitionlessVariable>()};
+    auto collection = collectionNamed(u"main");
+    handle->SetUntypedObject(collection);
+    const std::vector<Ref<Object>> refused = {makeDefinition(u"d", ddoKMenuDef), make<CObject>(), make<CMember>(),
+                                              make<DefinitionlessVariable>()};
     for (const auto& candidate : refused) {
         SCOPED_TRACE(toUtf8(candidate->className()));
         EXPECT_EQ(raised([&] { handle->SetUntypedObject(candidate); }), TopLevelOnly);
-        EXPECT_EQ(handle->UntypedObject().get(), menu.get());
+        EXPECT_EQ(handle->UntypedObject().get(), collection.get());
     }
     handle->SetUntypedObject(nullptr);
     EXPECT_FALSE(handle->UntypedObject());
@@ -29,38 +45,39 @@ TEST(ObjectHandle, RefusesObjectsThatAreNotTopLevelConstructsAndKeepsTheHeldOne)
 
 TEST(ObjectHandle, MakeAccessorsReturnTheHeldObjectOrRefuseAnotherClass) {
     auto handle = make<CObject>();
-    EXPECT_FALSE(handle->makeAs<FakeMenu>());  // empty handle: Nothing, no error
+    EXPECT_FALSE(handle->MakeCollection());  // empty handle: Nothing, no error
     EXPECT_TRUE(call(handle, u"MakeVariable").toObject() == nullptr);
-    EXPECT_EQ(raised([&] { handle->ObjectDefinition(); }), platformError(errors::Runtime::ObjectNotSet));
+    EXPECT_EQ(raised([&] { handle->ObjectDefinition(); }), NotSet);
 
-    auto menu = menuNamed(u"main");
-    handle->SetUntypedObject(menu);
-    EXPECT_EQ(handle->makeAs<FakeMenu>().get(), menu.get());
-    EXPECT_EQ(call(handle, u"MakeMenu").toObject().get(), menu.get());
-    EXPECT_EQ(raised([&] { call(handle, u"MakeVariable"); }), platformError(errors::Runtime::TypeMismatch));
-    EXPECT_EQ(raised([&] { handle->makeAs<FakeUnit>(); }), platformError(errors::Runtime::TypeMismatch));
-    EXPECT_EQ(handle->ObjectDefinition().get(), menu->Definition().get());
+    auto collection = collectionNamed(u"main");
+    handle->SetUntypedObject(collection);
+    EXPECT_EQ(handle->MakeCollection().get(), collection.get());
+    EXPECT_EQ(call(handle, u"MakeCollection").toObject().get(), collection.get());
+    EXPECT_EQ(raised([&] { call(handle, u"MakeVariable"); }), TypeMismatch);
+    EXPECT_EQ(raised([&] { handle->MakeArray(); }), TypeMismatch);
+    EXPECT_EQ(handle->ObjectDefinition().get(), collection->Definition().get());
 }
 
 TEST(ObjectHandle, CompareLooksOnlyAtTheHeldConstructs) {
     auto a = make<CObject>(), b = make<CObject>();
-    a->ChangeLevel = 1, b->ChangeLevel = 2;
+    a->ChangeLevel = 1;
+    b->ChangeLevel = 2;
     EXPECT_TRUE(a->Compare(b));
-    a->SetUntypedObject(menuNamed(u"main"));
+    a->SetUntypedObject(collectionNamed(u"main"));
     EXPECT_FALSE(a->Compare(b) || b->Compare(a));
-    b->SetUntypedObject(menuNamed(u"main"));
+    b->SetUntypedObject(collectionNamed(u"main"));
     EXPECT_TRUE(a->Compare(b));
-    b->SetUntypedObject(menuNamed(u"Main"));
+    b->SetUntypedObject(collectionNamed(u"Main"));
     EXPECT_FALSE(a->Compare(b));
 }
 
 TEST(ObjectHandle, CopyHoldsADeepCopyAndAnEmptySourceKeepsTheBookkeeping) {
-    auto source = make<CObject>();
-    auto menu = menuNamed(u"main");
-    source->SetUntypedObject(menu);
-    source->ChangeLevel = 7, source->LastChangeLevel = 6, source->AttributesAvailable = true;
+    auto source = collectionNamed(u"main")->MakeObject();
+    source->ChangeLevel = 7;
+    source->LastChangeLevel = 6;
+    source->AttributesAvailable = true;
     auto copy = source->GetCopy();
-    EXPECT_NE(copy->UntypedObject().get(), menu.get());
+    EXPECT_NE(copy->UntypedObject().get(), source->UntypedObject().get());
     EXPECT_TRUE(copy->Compare(source));
     EXPECT_TRUE(copy->ChangeLevel == 7 && copy->LastChangeLevel == 6 && copy->AttributesAvailable);
 
@@ -75,14 +92,15 @@ TEST(ObjectHandle, RendersTheHeldObjectAtTheSameLevel) {
     EXPECT_EQ(text(handle->ToString()), "OBJECT{}");
     EXPECT_TRUE(handle->ToString(0).isEmpty());
     EXPECT_EQ(text(handle->ToString(2)), "OBJECT{, AttributesAvailable:False, ChangeLevel:0, LastChangeLevel:0}");
-    auto menu = menuNamed(u"main");
-    menu->Label = u"Main menu";
-    handle->SetUntypedObject(menu);
-    handle->AttributesAvailable = true, handle->ChangeLevel = -3;
-    EXPECT_EQ(text(handle->ToString(1)), "OBJECT{MENU{Definition{Name:main}}}");
+    auto collection = collectionNamed(u"main");
+    collection->Label = u"Main";
+    handle->SetUntypedObject(collection);
+    handle->AttributesAvailable = true;
+    handle->ChangeLevel = -3;
+    EXPECT_EQ(text(handle->ToString(1)), "OBJECT{COLLECTION{Definition{Name:main}}}");
     EXPECT_EQ(text(handle->ToString(2)),
-              "OBJECT{MENU{Definition{Name:main, Kind:2}, Label:Main menu}, AttributesAvailable:True, "
-              "ChangeLevel:-3, LastChangeLevel:0}");
+              "OBJECT{COLLECTION{Definition{Name:main, Kind:9}, Label:Main, Help:, Members:MemberSet{Count:0}}, "
+              "AttributesAvailable:True, ChangeLevel:-3, LastChangeLevel:0}");
 }
 
 TEST(ObjectHandle, MembersCarryTheirSlotIdentifiers) {
@@ -92,9 +110,9 @@ TEST(ObjectHandle, MembersCarryTheirSlotIdentifiers) {
     Ref<Object> handle = make<CObject>();
     let(handle, u"changelevel", Text(u"12"));
     EXPECT_EQ(get(handle, u"ChangeLevel"), Variant(std::int32_t{12}));
-    Ref<Object> menu = make<FakeMenu>();
-    let(handle, u"UntypedObject", Variant(menu));
-    EXPECT_EQ(get(handle, u"UntypedObject").toObject().get(), menu.get());
+    Ref<Object> array = make<CArray>();
+    let(handle, u"UntypedObject", Variant(array));
+    EXPECT_EQ(get(handle, u"UntypedObject").toObject().get(), array.get());
 }
 
 }  // namespace

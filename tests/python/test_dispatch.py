@@ -10,10 +10,8 @@ import tylharttypes as t
 INVALID_ARGUMENT = -2147024809      # 0x80070057
 CANNOT_CREATE = -2146827859         # 0x800A01AD, 429
 NO_SUCH_MEMBER = -2146827850        # 0x800A01B6, 438
-OBJECT_NOT_SET = -2146828197        # 0x800A005B, 91
 TYPE_MISMATCH = -2146828275         # 0x800A000D, 13
 ARGUMENT_NOT_OPTIONAL = -2146827839  # 0x800A01C1, 449
-WRONG_ARGUMENT_COUNT = -2146827838  # 0x800A01C2, 450
 
 
 class ErrorRecordMixin:
@@ -36,8 +34,7 @@ def definition(name="pressure", kind=t.ddoKVariableDef):
 
 class Creation(ErrorRecordMixin, unittest.TestCase):
     def test_names_and_class_identifiers_make_new_objects_or_raise_429(self):
-        a, b = t.CreateObject("tylharttypes.CDEFINITION"), t.CreateObject("TylHartTypes.CDefinition")
-        self.assertNotEqual(a, b)
+        self.assertNotEqual(t.CreateObject("tylharttypes.CDEFINITION"), t.CreateObject("TylHartTypes.CDefinition"))
         self.assertEqual(t.CreateObjectFromClsid("65488eec-01be-11d5-8151-00e0291221f9").ToString(),
                          "Definition{Name:unknown}")
         record = self.runtime(CANNOT_CREATE, "ActiveX component can't create object")
@@ -70,15 +67,12 @@ class DefinitionThroughDispatch(ErrorRecordMixin, unittest.TestCase):
     def test_initialize_read_rename_and_render(self):
         d = t.CDefinition()
         self.assertIsNone(d.Initialize("pressure", t.ddoKVariableDef))
-        self.assertEqual(d.Name, "pressure")
-        self.assertEqual(d.Kind, 0)
-        self.assertEqual(d.ToString(), "Definition{Name:pressure}")
         self.assertEqual(d.ToString(InfoLevel=2), "Definition{Name:pressure, Kind:0}")
         self.assertIs(d.ToString(0), t.Empty)
         d.name = "temperature"  # names ignore case
         self.assertEqual(d.NAME, "temperature")
         self.assertIsNone(d.SetName("flow"))  # the writer of a property, as pywin32 spells it
-        self.assertEqual(d.tostring(2), "Definition{Name:flow, Kind:0}")
+        self.assertEqual(d.tostring(), "Definition{Name:flow}")
 
     def test_refused_calls_leave_the_definition_unchanged(self):
         d = definition()
@@ -86,12 +80,7 @@ class DefinitionThroughDispatch(ErrorRecordMixin, unittest.TestCase):
             (self.KIND_FIXED, lambda: d.Initialize("other", t.ddoKMenuDef)),
             (self.runtime(NO_SUCH_MEMBER, "Object doesn't support this property or method"),
              lambda: setattr(d, "Kind", 1)),
-            (self.runtime(OBJECT_NOT_SET, "Object variable or With block variable not set"),
-             lambda: d.Compare(None)),
-            (self.runtime(TYPE_MISMATCH, "Type mismatch"), lambda: d.SetFromObject(t.DDEnums())),
             (self.runtime(ARGUMENT_NOT_OPTIONAL, "Argument not optional"), lambda: d.Initialize("other")),
-            (self.runtime(WRONG_ARGUMENT_COUNT, "Wrong number of arguments or invalid property assignment"),
-             lambda: d.GetCopy(1)),
         ]
         for record, call in cases:
             with self.subTest(record=record):
@@ -118,7 +107,7 @@ class DefinitionThroughDispatch(ErrorRecordMixin, unittest.TestCase):
         # The list hands out the stored object: the same one, under a new wrapper.
         self.assertEqual(listed.Item(1), d)
         self.assertEqual(hash(listed.Item(1)), hash(d))
-        self.assertTrue(d)
+        self.assertTrue(t.CDefinitionList())  # a reference is true, whatever its Count
         with self.assertRaises(TypeError):
             len(d)
         with self.assertRaises(TypeError):
@@ -150,20 +139,13 @@ class Values(ErrorRecordMixin, unittest.TestCase):
             self.assertIs(self.round_trip(marker), marker)
         self.assertEqual(self.round_trip(d), d)
 
-    def test_iteration_and_length(self):
+    def test_iteration_length_and_the_missing_marker(self):
         values = t.CValueList()
-        for v in ("a", 2, None):
-            values.Add(v)
-        self.assertEqual(len(values), 3)
+        values.Add("a")
+        values.Add(None)
+        values.Add(2, t.Missing, 1)  # Before left out, After 1
         self.assertEqual(list(values), ["a", 2, None])
         self.assertEqual(list(values.NewEnum), ["a", 2, None])
-
-    def test_missing_marker_takes_the_default(self):
-        values = t.CValueList()
-        values.Add(1)
-        values.Add(2)
-        values.Add(3, t.Missing, 1)  # Before left out, After 1
-        self.assertEqual(list(values), [1, 3, 2])
         self.assertRaisesRecord(self.runtime(ARGUMENT_NOT_OPTIONAL, "Argument not optional"), values.Add, t.Missing)
         self.assertEqual(len(values), 3)
 
@@ -183,10 +165,8 @@ class Values(ErrorRecordMixin, unittest.TestCase):
 
 class Module(unittest.TestCase):
     def test_enumerations(self):
-        self.assertEqual((t.ddoKVariableDef, t.ddoKUndefined, t.ddvTMax, t.ddvTMax15, t.sqTHours), (0, -1, 14, 15, 3))
-        self.assertEqual(len(t.enums), 14)
-        self.assertEqual(t.enums["enumDDMenuItemQualificationType"],
-                         {"ddmiqTDisplayValue": 0, "ddmiqTReadOnly": 1, "ddmiqTReview": 1, "ddmiqTMax": 1})
+        self.assertEqual((t.ddoKUndefined, t.ddvTMax15, len(t.enums)), (-1, 15, 14))
+        self.assertEqual(t.enums["enumDDMenuItemQualificationType"]["ddmiqTReview"], 1)
 
     def test_unload_answer_follows_the_live_objects(self):
         gc.collect()

@@ -6,49 +6,46 @@
 namespace tylhart::test {
 namespace {
 
-const ErrorRecord NotSet = platformError(errors::Runtime::ObjectNotSet);
-const ErrorRecord Subscript = platformError(errors::Runtime::SubscriptOutOfRange);
-
-Variant getWith(const Ref<Object>& o, const char16_t* name, std::vector<Variant> a) { return invoke(o, name, Access::Get, a); }
-void letWith(const Ref<Object>& o, const char16_t* name, std::vector<Variant> a) { invoke(o, name, Access::Let, a); }
-Ref<CType> typeOf(enumDDVariableType kind) {
-    auto t = make<CType>();
-    return t->SetKind(kind), t;
-}
+Ref<CType> typeOf(enumDDVariableType kind) { return made<CType>([&](CType& t) { t.SetKind(kind); }); }
 Ref<CEnumerator> enumerator(std::int32_t value, const char16_t* description) {
-    auto e = make<CEnumerator>();
-    return e->Value = value, e->Description = description, e;
+    return made<CEnumerator>([&](CEnumerator& e) { e.Value = value; e.Description = description; });
 }
 
 // ---- Kind rules: every kind against every checked member ----
 
 struct CheckedMember {
     const char16_t* name;
-    std::vector<Variant> index;         // the property's parameters
-    std::function<Variant()> newValue;  // differs from the member's default
+    bool indexed;      // a property with an index, read and written at 0
+    Variant newValue;  // differs from the member's default
     std::vector<int> allowedKinds;
     const char* source;
 };
 const std::vector<int> Numeric{0, 1, 2, 3}, Formatted{0, 1, 2, 3, 15};
-const Variant At0(std::int32_t{0}), At1(std::int32_t{1});
-
-template <class T> std::function<Variant()> value(T v) { return [v] { return Variant(v); }; }
 const CheckedMember checkedMembers[] = {
-    {u"Size", {}, value(std::int16_t{7}), {2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15}, "Type.Size"},
-    {u"MaxRangeNo", {}, value(std::int16_t{2}), Numeric, "Type.MaxRangeNo"},
-    {u"MinValues", {At0}, value(5.0), Numeric, "Type.MinValues"}, {u"MaxValues", {At0}, value(5.0), Numeric, "Type.MaxValues"},
-    {u"ScalingFactor", {}, value(2.5), Numeric, "Type.ScalingFactor"},
-    {u"DisplayFormat", {}, value(u"%5.2f"), Formatted, "Type.DisplayFormat"},
-    {u"EditFormat", {}, value(u"%5.2f"), Formatted, "Type.EditFormat"},
-    {u"TimeFormat", {}, value(u"hh:mm"), {15}, "Type.TimeFormat"},
-    {u"ScaleQualifier", {}, value(std::int32_t{2}), {15}, "Type.ScaleQualifier"},
-    {u"MaxEnumIndex", {}, value(std::int32_t{0}), {4}, "Type.MaxEnumIndex"},
+    {u"Size", false, std::int16_t{7}, {2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15}, "Type.Size"},
+    {u"MaxRangeNo", false, std::int16_t{2}, Numeric, "Type.MaxRangeNo"},
+    {u"MinValues", true, 5.0, Numeric, "Type.MinValues"},
+    {u"MaxValues", true, 5.0, Numeric, "Type.MaxValues"},
+    {u"ScalingFactor", false, 2.5, Numeric, "Type.ScalingFactor"},
+    {u"DisplayFormat", false, u"%5.2f", Formatted, "Type.DisplayFormat"},
+    {u"EditFormat", false, u"%5.2f", Formatted, "Type.EditFormat"},
+    {u"TimeFormat", false, u"hh:mm", {15}, "Type.TimeFormat"},
+    {u"ScaleQualifier", false, std::int32_t{2}, {15}, "Type.ScaleQualifier"},
+    {u"MaxEnumIndex", false, std::int32_t{0}, {4}, "Type.MaxEnumIndex"},
     // Reports the enumerator index's source and admits the enumerator kind.
-    {u"MaxBitEnumIndex", {}, value(std::int32_t{0}), {4, 5}, "Type.MaxEnumIndex"},
-    {u"Enumerators", {At1}, [] { return Variant(enumerator(1, u"one")); }, {4}, "Type.Enumerators"},
-    {u"BitEnumerators", {At1}, [] { auto b = make<CBitEnumerator>(); return Variant((b->Value = 1, b)); }, {5}, "Type.BitEnumerators"},
-    {u"ArrayObject", {}, [] { return Variant(make<CArray>()); }, {6}, "Type.ArrayObject"},
-    {u"Domain", {}, [] { return Variant(make<CValueSet>()); }, {6}, "Type.Domain"}};
+    {u"MaxBitEnumIndex", false, std::int32_t{0}, {4, 5}, "Type.MaxEnumIndex"},
+    {u"Enumerators", true, enumerator(1, u"one"), {4}, "Type.Enumerators"},
+    {u"BitEnumerators", true, make<CBitEnumerator>(), {5}, "Type.BitEnumerators"},
+    {u"ArrayObject", false, make<CArray>(), {6}, "Type.ArrayObject"},
+    {u"Domain", false, make<CValueSet>(), {6}, "Type.Domain"}};
+
+Variant read(const Ref<Object>& type, const CheckedMember& m) {
+    return m.indexed ? get(type, m.name, std::int32_t{0}) : get(type, m.name);
+}
+void write(const Ref<Object>& type, const CheckedMember& m) {
+    if (m.indexed) let(type, m.name, std::int32_t{0}, m.newValue);
+    else let(type, m.name, m.newValue);
+}
 
 TEST(Type, KindRulesRefuseForeignKindsUnchangedAndNothingWithTheCheckOff) {
     for (int kind = -1; kind < 16; ++kind)
@@ -59,18 +56,16 @@ TEST(Type, KindRulesRefuseForeignKindsUnchangedAndNothingWithTheCheckOff) {
             const bool owned = kind < 0 || std::ranges::count(member.allowedKinds, kind) > 0;
             const ErrorRecord expected = owned ? NoError : libraryError(member.source, errors::WrongKind);
             type->CheckForExactKind = false;
-            const Variant before = getWith(type, member.name, member.index);
+            const Variant before = read(type, member);
             type->CheckForExactKind = true;
-            std::vector<Variant> letArgs = member.index;
-            letArgs.push_back(member.newValue());
-            EXPECT_EQ(raised([&] { getWith(type, member.name, member.index); }), expected);
-            EXPECT_EQ(raised([&] { letWith(type, member.name, letArgs); }), expected);
+            EXPECT_EQ(raised([&] { read(type, member); }), expected);
+            EXPECT_EQ(raised([&] { write(type, member); }), expected);
             type->CheckForExactKind = false;
             if (!owned) {
-                EXPECT_EQ(getWith(type, member.name, member.index), before);
+                EXPECT_EQ(read(type, member), before);
             }
-            EXPECT_EQ(raised([&] { getWith(type, member.name, member.index); }), NoError);
-            EXPECT_EQ(raised([&] { letWith(type, member.name, letArgs); }), NoError);
+            EXPECT_EQ(raised([&] { read(type, member); }), NoError);
+            EXPECT_EQ(raised([&] { write(type, member); }), NoError);
         }
 }
 
@@ -90,17 +85,15 @@ TEST(Type, KindIsSetOnceWithinZeroToFifteen) {
     }
 }
 
-TEST(Type, NewTypeDefaultsAndMaxRangeNoRebuildsBothArraysWithNulls) {
+// The other defaults show in the renderings below.
+TEST(Type, DefaultsAndMaxRangeNoRebuildsBothArraysWithNulls) {
     auto type = make<CType>();
-    for (const auto& [name, expected] : {std::pair<const char16_t*, Variant>{u"MaxRangeNo", std::int16_t{-1}},
-             {u"MaxEnumIndex", std::int32_t{1}}, {u"ScalingFactor", 1.0}, {u"Size", std::int16_t{0}}})
-        EXPECT_EQ(get(type, name), expected) << toUtf8(name);
-    EXPECT_TRUE(type->MinValues(0).isEmpty() && type->MaxValues(0).isEmpty());
-    EXPECT_EQ(type->ScaleQualifier(), sqTNone);
-    EXPECT_EQ(type->Domain()->Count(), 0);
+    EXPECT_EQ(get(type, u"MaxEnumIndex"), Variant(std::int32_t{1}));
+    EXPECT_TRUE(type->MinValues(0).isEmpty() && type->ScaleQualifier() == sqTNone);
     EXPECT_EQ(type->ArrayObject()->Definition()->Kind(), ddoKArrayDef);
     type->SetKind(ddvTInt);
-    type->SetMinValues(0, Variant(std::int32_t{1})), type->SetMaxRangeNo(2);
+    type->SetMinValues(0, Variant(std::int32_t{1}));
+    type->SetMaxRangeNo(2);
     for (std::int32_t i = 0; i <= 2; ++i) EXPECT_TRUE(type->MinValues(i).isNull() && type->MaxValues(i).isNull());
     EXPECT_EQ(raised([&] { type->MinValues(3); }), Subscript);
     EXPECT_EQ(raised([&] { type->SetMaxValues(-1, Variant(1.0)); }), Subscript);
@@ -190,7 +183,8 @@ TEST(Type, RendersExactly) {
         // A Null range end adds nothing.
         {floatTwoRanges, 2,
          "Type{Kind:0}, Ranges:{ (0: - ) (1:0.5 - 1.5)}, ScalingFactor:2.5, DisplayFormat:%.2f, EditFormat:%.3f}"},
-        {[] { return typeOf(ddvTDouble); }, 2, "Type{Kind:1}, Ranges:{}, ScalingFactor:1, DisplayFormat:, EditFormat:}"},
+        {[] { return typeOf(ddvTDouble); }, 2,
+         "Type{Kind:1}, Ranges:{}, ScalingFactor:1, DisplayFormat:, EditFormat:}"},
         {enumerated, 2, "Type{Kind:4}, Size:0, Enumerators:VariableEnumeratorSet{Count:1}}"},
         {[] { return typeOf(ddvTBitEnumerator); }, 2,
          "Type{Kind:5}, Size:0, BitEnumerators:VariableBitEnumeratorSet{Count:0}}"},
@@ -211,24 +205,28 @@ TEST(Type, RendersExactly) {
 // ---- Compare ----
 
 TEST(Type, CompareLooksOnlyAtTheFieldsTheKindOwns) {
-    const std::tuple<enumDDVariableType, std::function<void(CType&)>, bool> cases[] = {  // one side changed
-        {ddvTUndefined, [](CType& t) { t.SetSize(5), t.SetTimeFormat(u"x"); }, true},
-        {ddvTFloat, [](CType& t) { t.CheckForExactKind = true; }, true}, {ddvTPassword, [](CType& t) { t.SetSize(3); }, false},
-        {ddvTDate, [](CType& t) { t.SetSize(3); }, true}, {ddvTUnsigned, [](CType& t) { t.SetMaxRangeNo(0); }, false},
-        {ddvTDouble, [](CType& t) { t.SetScalingFactor(Variant(std::int16_t{1})); }, true},  // across numeric kinds
-        {ddvTDouble, [](CType& t) { t.SetScalingFactor(Variant(1.0000000001)); }, false},    // no tolerance
-        {ddvTFloat, [](CType& t) { t.SetDisplayFormat(u"X"); }, false}, {ddvTFloat, [](CType& t) { t.SetEditFormat(u"x"); }, false},
-        {ddvTFloat, [](CType& t) { t.SetTimeFormat(u"x"); }, true}, {ddvTEnumerator, [](CType& t) { t.SetMaxEnumIndex(0); }, false},
-        {ddvTEnumerator, [](CType& t) { t.EnumeratorSet->Add(enumerator(1, u"")); }, false},
-        {ddvTBitEnumerator, [](CType& t) { t.SetMaxBitEnumIndex(0); }, false},
-        {ddvTIndex, [](CType& t) { t.ArrayObject()->Label = u"l"; }, false},
-        {ddvTIndex, [](CType& t) { t.Domain()->Add(Variant(std::int32_t{1})); }, false},
-        {ddvTTimeValue, [](CType& t) { t.SetScaleQualifier(sqTHours); }, false},
-        {ddvTTimeValue, [](CType& t) { t.SetTimeFormat(u"ss"); }, false}, {ddvTTimeValue, [](CType& t) { t.SetSize(2); }, true}};
+    using T = CType&;
+    const std::tuple<enumDDVariableType, std::function<void(T)>, bool> cases[] = {  // one side changed, equal
+        {ddvTUndefined, [](T t) { t.SetSize(5); t.SetTimeFormat(u"x"); }, true},
+        {ddvTFloat, [](T t) { t.CheckForExactKind = true; }, true}, {ddvTPassword, [](T t) { t.SetSize(3); }, false},
+        {ddvTDate, [](T t) { t.SetSize(3); }, true}, {ddvTUnsigned, [](T t) { t.SetMaxRangeNo(0); }, false},
+        {ddvTDouble, [](T t) { t.SetScalingFactor(Variant(std::int16_t{1})); }, true},  // across numeric kinds
+        {ddvTDouble, [](T t) { t.SetScalingFactor(Variant(1.0000000001)); }, false},    // no tolerance
+        {ddvTFloat, [](T t) { t.SetDisplayFormat(u"X"); }, false}, {ddvTFloat, [](T t) { t.SetEditFormat(u"x"); }, false},
+        {ddvTFloat, [](T t) { t.SetTimeFormat(u"x"); }, true}, {ddvTEnumerator, [](T t) { t.SetMaxEnumIndex(0); }, false},
+        {ddvTEnumerator, [](T t) { t.EnumeratorSet->Add(enumerator(1, u"")); }, false},
+        {ddvTBitEnumerator, [](T t) { t.SetMaxBitEnumIndex(0); }, false},
+        {ddvTIndex, [](T t) { t.ArrayObject()->Label = u"l"; }, false},
+        {ddvTIndex, [](T t) { t.Domain()->Add(Variant(std::int32_t{1})); }, false},
+        {ddvTTimeValue, [](T t) { t.SetScaleQualifier(sqTHours); }, false},
+        {ddvTTimeValue, [](T t) { t.SetTimeFormat(u"ss"); }, false}, {ddvTTimeValue, [](T t) { t.SetSize(2); }, true}};
     int row = 0;
     for (const auto& [kind, change, equal] : cases) {
         auto a = make<CType>(), b = make<CType>();
-        if (kind >= 0) a->SetKind(kind), b->SetKind(kind);
+        if (kind >= 0) {
+            a->SetKind(kind);
+            b->SetKind(kind);
+        }
         b->CheckForExactKind = false;
         change(*b);
         EXPECT_EQ(a->Compare(b), equal) << "row " << row;
@@ -236,18 +234,18 @@ TEST(Type, CompareLooksOnlyAtTheFieldsTheKindOwns) {
     }
 }
 
-TEST(Type, RangeEndsCompareByValueAcrossNumericKindsButNotAgainstText) {
+// Conversions and the runtime's comparison belong to the Variant tests;
+// here only that Null is matched by Null alone and that values compare
+// across numeric kinds.
+TEST(Type, RangeEndsMatchNullOnlyToNullAndValuesAcrossNumericKinds) {
     auto a = typeOf(ddvTInt), b = typeOf(ddvTInt);
-    a->SetMaxRangeNo(0), b->SetMaxRangeNo(0);
+    a->SetMaxRangeNo(0);
+    b->SetMaxRangeNo(0);
     EXPECT_TRUE(a->Compare(b));
-    b->SetMinValues(0, Variant(std::int32_t{0}));  // Null matches only Null
+    b->SetMinValues(0, Variant(std::int32_t{0}));
     EXPECT_FALSE(a->Compare(b) || b->Compare(a));
-    a->SetMinValues(0, Variant());  // Empty is zero to the runtime's comparison
+    a->SetMinValues(0, Variant(0.0));
     EXPECT_TRUE(a->Compare(b));
-    a->SetMaxValues(0, Variant(std::int32_t{100})), b->SetMaxValues(0, Variant(100.0));
-    EXPECT_TRUE(a->Compare(b));
-    b->SetMaxValues(0, Variant(u"100"));
-    EXPECT_FALSE(a->Compare(b));
 }
 
 // ---- Copies ----
@@ -303,9 +301,8 @@ TEST(Type, RefusedCopyLeavesTheReceiverUnchanged) {
 }
 
 TEST(Type, MembersAnswerTheirSlotIdentifiers) {
-    expectSlots(CType::staticClassInfo(), {{u"EnumeratorSet", 0x40030002}, {u"GetCopy", 0x6003000E},
-                                           {u"ScaleQualifier", 0x68030013}});
-    EXPECT_EQ(CType::staticClassInfo().members().size(), 23u);
+    expectSlots(CType::staticClassInfo(),
+                {{u"EnumeratorSet", 0x40030002}, {u"GetCopy", 0x6003000E}, {u"ScaleQualifier", 0x68030013}});
 }
 
 }  // namespace

@@ -52,6 +52,14 @@ inline TypeSetup domain(std::vector<Variant> values) {
     return [values](CType& t) { for (const Variant& value : values) t.Domain()->Add(value); };
 }
 
+// One kind and type, the values tried against it and what each should give.
+template <class Answer>
+struct KindRow {
+    enumDDVariableType kind;
+    TypeSetup setup;
+    std::vector<std::pair<Variant, Answer>> tries;
+};
+
 // A range side left open.
 inline const Variant Open = Null{};
 

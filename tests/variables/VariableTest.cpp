@@ -7,13 +7,12 @@ const ErrorRecord WrongKindError = libraryError("Menu.Definition", errors::Wrong
 
 // ---- Construction ----
 
+// The plain fields' defaults show in the rendering of a new variable below.
 TEST(Variable, NewVariableHasItsDefaultsSlotsAndHandle) {
     auto v = make<CVariable>();
     const std::pair<const char16_t*, Variant> fields[] = {
-        {u"Available", false}, {u"Initialized", false}, {u"InitialValue", true}, {u"ReadTimeout", std::int16_t{-1}},
-        {u"WriteTimeout", std::int16_t{-1}}, {u"DynAvailability", std::int32_t{-1}}, {u"Availability", std::int32_t{-1}},
-        {u"Validity", true}, {u"IsChecked", true}, {u"ToBeWritten", false}, {u"InRecursion", false},
-        {u"InReadRecursion", false}, {u"LastSetTime", Date{0.0}}, {u"Value", std::int16_t{0}}};  // legal value of no kind
+        {u"Initialized", false}, {u"InitialValue", true}, {u"DynAvailability", std::int32_t{-1}},
+        {u"Availability", std::int32_t{-1}}, {u"Value", std::int16_t{0}}};  // the legal value of no kind
     for (const auto& [name, expected] : fields) EXPECT_EQ(get(v, name), expected) << toUtf8(name);
     // InReadRecursion is listed last but numbered after LastSetTime.
     const ClassInfo& info = CVariable::staticClassInfo();
@@ -29,13 +28,13 @@ TEST(Variable, NewVariableHasItsDefaultsSlotsAndHandle) {
 TEST(Variable, DefinitionOfOtherKindsIsRefusedWithTheMenuSourceAndOwnIsStoredWithoutCopy) {
     auto v = make<CVariable>();
     const Ref<CDefinition> before = v->Definition();
-    for (const auto& wrong : {makeDefinition(u"x", ddoKMenuDef), makeDefinition(u"y", ddoKCollectionDef), make<CDefinition>()})
+    for (const auto& wrong : {makeDefinition(u"x", ddoKMenuDef), make<CDefinition>()})
         EXPECT_EQ(raised([&] { v->SetDefinition(wrong); }), WrongKindError) << text(wrong->ToString(2));
     EXPECT_EQ(v->Definition().get(), before.get());
     auto d = makeDefinition(u"pressure", ddoKVariableDef);
     let(v, u"Definition", Variant(d));
     EXPECT_EQ(v->Definition().get(), d.get());
-    EXPECT_EQ(raised([&] { v->SetDefinition(nullptr); }), platformError(errors::Runtime::ObjectNotSet));
+    EXPECT_EQ(raised([&] { v->SetDefinition(nullptr); }), NotSet);
     EXPECT_EQ(v->Definition().get(), d.get());
 }
 
@@ -53,15 +52,18 @@ TEST(Variable, ValueLetStoresACopyStampsTimeAndNullClears) {
     EXPECT_TRUE(v->GetValuePlain().isEmpty() && v->LastSetTime == Date{Noon2000 + 5 * Second});
 }
 
+// How a text reads as a number is the Variant tests' affair; here which
+// kinds read it how, and what stays when the reading fails.
 TEST(Variable, ValueGetNormalisesTextsByKindAndRewritesTheStoredValue) {
     using I = std::int32_t;
     const std::tuple<enumDDVariableType, Variant, Variant> cases[] = {  // kind, stored, read and stored after
-        {ddvTFloat, u"1,5", 1.5}, {ddvTDouble, u" 1 2,5e1 kg", 125.0}, {ddvTFloat, u"abc", 0.0}, {ddvTDouble, u"-,5", -0.5},
+        {ddvTFloat, u"1,5", 1.5}, {ddvTDouble, u" 1 2,5e1 kg", 125.0}, {ddvTFloat, u"abc", 0.0},
         {ddvTDouble, u"1,5e400", u"1,5e400"},  // too large for a double: the comma text as it came in stays
         {ddvTInt, u"12.5", I{12}}, {ddvTUnsigned, u"12.7", I{13}}, {ddvTEnumerator, u"&H10", I{16}},
-        {ddvTIndex, u"1,000", I{1000}}, {ddvTDate, u"65892", I{65892}}, {ddvTTimeValue, u"-3", I{-3}},
-        {ddvTInt, u"abc", u"abc"}, {ddvTInt, u"3000000000", u"3000000000"}, {ddvTASCII, u"1,5", u"1,5"},
-        {ddvTBitString, u"0101", u"0101"}, {ddvTUndefined, u"12", u"12"},
+        {ddvTBitEnumerator, u"7", I{7}}, {ddvTIndex, u"1,000", I{1000}}, {ddvTDate, u"65892", I{65892}},
+        {ddvTTime, u"1", I{1}}, {ddvTDateAndTime, u"2", I{2}}, {ddvTDuration, u"-3", I{-3}}, {ddvTTimeValue, u"4", I{4}},
+        {ddvTInt, u"3000000000", u"3000000000"},
+        {ddvTASCII, u"1,5", u"1,5"}, {ddvTBitString, u"0101", u"0101"}, {ddvTUndefined, u"12", u"12"},
         {ddvTFloat, std::int16_t{5}, std::int16_t{5}}, {ddvTInt, 2.5, 2.5}};  // only texts are normalised
     ManualClock clock;
     for (const auto& [kind, stored, read] : cases) {
@@ -89,8 +91,7 @@ TEST(Variable, ValueFallsBackToTheDefaultThenTheLegalValueAndStamps) {
 
 TEST(Variable, InitialValueComparesAsTheRuntimeDoes) {
     const std::tuple<Variant, Variant, bool> pairs[] = {
-        {Variant(), Variant(), true}, {Variant(), std::int16_t{0}, true}, {Variant(), u"", true},
-        {std::int32_t{5}, 5.0, true}, {u"5", std::int32_t{5}, false},    {u"a", u"A", false}};
+        {Variant(), std::int16_t{0}, true}, {std::int32_t{5}, 5.0, true}, {u"5", std::int32_t{5}, false}};
     for (const auto& [value, defaultValue, expected] : pairs) {
         auto v = make<CVariable>();
         v->SetValue(value), v->DefaultValue = defaultValue;
@@ -98,7 +99,7 @@ TEST(Variable, InitialValueComparesAsTheRuntimeDoes) {
     }
     auto v = make<CVariable>();
     v->DefaultValue = Null{};
-    EXPECT_EQ(raised([&] { v->InitialValue(); }), platformError(errors::Runtime::InvalidUseOfNull));
+    EXPECT_EQ(raised([&] { v->InitialValue(); }), NullUse);
 }
 
 // ---- Availability ----
@@ -106,9 +107,8 @@ TEST(Variable, InitialValueComparesAsTheRuntimeDoes) {
 TEST(Variable, AvailableIsClearedWhenAskedSoonerThanThePeriod) {
     // availability, dynAvailability, dynamic class, set at, asked at (seconds from the start), expected
     const std::tuple<const char*, std::int32_t, std::int32_t, bool, double, double, bool> cases[] = {
-        {"AtOnce", 10, -1, false, 0, 0, false}, {"JustBeforePeriod", 10, -1, false, 0, 9.9, false},
-        {"AtPeriod", 10, -1, false, 0, 10, true}, {"NoPeriod", -1, -1, false, 0, 0, true},
-        {"ZeroPeriod", 0, -1, false, 0, 0, true},
+        {"JustBeforePeriod", 10, -1, false, 0, 9.9, false}, {"AtPeriod", 10, -1, false, 0, 10, true},
+        {"NoPeriod", -1, -1, false, 0, 0, true}, {"ZeroPeriod", 0, -1, false, 0, 0, true},
         // A stamp ahead of the clock (a local clock set back) counts negative: even 0 clears.
         {"ZeroPeriodStampAhead", 0, -1, false, 5, 0, false},
         // Second boundaries count, not elapsed time: 0.9 s -> 1.1 s crosses one.
@@ -141,13 +141,11 @@ TEST(Variable, AvailableIsClearedWhenAskedSoonerThanThePeriod) {
 
 TEST(Variable, HandlingGoesToTheSharedFlagArray) {
     auto v = make<CVariable>();
-    Variant write[] = {Variant(std::int32_t{ddvhTWrite}), Variant(false)};
-    invoke(*v, u"Handling", Access::Let, write);
+    let(v, u"Handling", std::int32_t{ddvhTWrite}, false);
     EXPECT_EQ(get(v->GetHandlingObj(), u"FlagText"), Variant(u"01"));
     let(v->GetHandlingObj(), u"FlagText", Variant(u"10"));  // the array is the variable's own
     EXPECT_FALSE(v->Handling(ddvhTRead));
-    EXPECT_EQ(raised([&] { v->Handling(static_cast<enumDDVariableHandlingType>(2)); }),
-              platformError(errors::Runtime::SubscriptOutOfRange));
+    EXPECT_EQ(raised([&] { v->Handling(static_cast<enumDDVariableHandlingType>(2)); }), Subscript);
 }
 
 // ---- Copy and compare ----
@@ -155,7 +153,9 @@ TEST(Variable, HandlingGoesToTheSharedFlagArray) {
 Ref<CVariable> filledVariable() {
     auto v = variableOf(ddvTFloat);
     v->Definition()->SetName(u"pressure"), v->SetValue(u"1,5"), v->DefaultValue = 2.0;
-    v->ConstantUnit = u"bar", v->VariableUnit = u"kPa", v->UnitVariable = makeDefinition(u"pressure_unit", ddoKVariableDef);
+    v->ConstantUnit = u"bar";
+    v->VariableUnit = u"kPa";
+    v->UnitVariable = makeDefinition(u"pressure_unit", ddoKVariableDef);
     v->Help = u"help", v->Label = u"Pressure", v->ErrorText = u"timeout", v->ErrorCode = 16;
     v->ReadTimeout = 100, v->WriteTimeout = 200, v->Validity = false, v->ToBeWritten = true, v->IsChecked = false;
     v->InRecursion = true, v->InReadRecursion = true, v->Class->SetClassInfo(ddvCDynamic, true);
@@ -180,34 +180,34 @@ TEST(Variable, GetCopySharesOnlyTheUnitVariable) {
     EXPECT_TRUE(copy->Compare(source));
     EXPECT_EQ(copy->ToString(3), source->ToString(3));
     // Copied as stored: no normalisation, and the flag without the period test.
-    EXPECT_TRUE(copy->GetValuePlain() == Variant(u"1,5") && copy->GetAvailablePlain() && copy->Relations()->Count() == 1);
+    EXPECT_TRUE(copy->GetValuePlain() == Variant(u"1,5") && copy->GetAvailablePlain());
 }
 
 TEST(Variable, SetFromObjectStopsAtAFailureAndKeepsWhatItCopied) {
     auto source = filledVariable();
     source->Class = nullptr;
     auto target = make<CVariable>();
-    EXPECT_EQ(raised([&] { target->SetFromObject(source); }), platformError(errors::Runtime::ObjectNotSet));
+    EXPECT_EQ(raised([&] { target->SetFromObject(source); }), NotSet);
     // Copied before the failure: the value; after it, untouched: the unit and the class.
     EXPECT_TRUE(target->GetValuePlain() == Variant(u"1,5") && target->ConstantUnit == u"" && target->Class);
-    EXPECT_EQ(raised([&] { target->SetFromObject(nullptr); }), platformError(errors::Runtime::ObjectNotSet));
+    EXPECT_EQ(raised([&] { target->SetFromObject(nullptr); }), NotSet);
 }
 
 TEST(Variable, CompareOneChangedFieldDecidesAndTheFirstDifferenceStops) {
-    using Change = std::function<void(CVariable&)>;
+    using V = CVariable&;
+    using Change = std::function<void(V)>;
     const std::pair<Change, bool> cases[] = {  // the change, still equal
-        {[](CVariable& v) { v.SetRelations(make<CVariableDefinitionSet>()); }, true},  // blind spot: relations
-        {[](CVariable& v) { v.Definition()->SetName(u"Pressure"); }, false}, {[](CVariable& v) { v.SetValue(1.5); }, false},
-        {[](CVariable& v) { v.ErrorCode = 0; }, false}, {[](CVariable& v) { v.Class->SetClassInfo(ddvCInput, true); }, false},
-        {[](CVariable& v) { v.VariableUnit = u"kpa"; }, false}, {[](CVariable& v) { v.UnitVariable = nullptr; }, false},
-        {[](CVariable& v) { v.UnitVariable = makeDefinition(u"u", ddoKVariableDef); }, false},
-        {[](CVariable& v) { v.Label = u"pressure"; }, false}, {[](CVariable& v) { v.WriteTimeout = -1; }, false},
-        {[](CVariable& v) { v.PostWriteActions->Add(makeDefinition(u"m", ddoKMethodDef)); }, false},
-        {[](CVariable& v) { v.TypeInfo = make<CType>(); }, false}, {[](CVariable& v) { v.SetAvailable(false); }, false},
-        {[](CVariable& v) { v.SetDynAvailability(4); }, false}, {[](CVariable& v) { v.IsChecked = true; }, false},
-        {[](CVariable& v) { v.LastSetTime = Date{Noon2000 + Second}; }, false},
-        {[](CVariable& v) { v.InReadRecursion = false; }, false}, {[](CVariable& v) { v.DefaultValue = u"2"; }, false},
-        {[](CVariable& v) { v.SetHandling(ddvhTWrite, true); }, false}};
+        {[](V v) { v.SetRelations(make<CVariableDefinitionSet>()); }, true},  // blind spot: relations
+        {[](V v) { v.Definition()->SetName(u"Pressure"); }, false}, {[](V v) { v.SetValue(1.5); }, false},
+        {[](V v) { v.ErrorCode = 0; }, false}, {[](V v) { v.Class->SetClassInfo(ddvCInput, true); }, false},
+        {[](V v) { v.VariableUnit = u"kpa"; }, false}, {[](V v) { v.UnitVariable = nullptr; }, false},
+        {[](V v) { v.UnitVariable = makeDefinition(u"u", ddoKVariableDef); }, false},
+        {[](V v) { v.Label = u"pressure"; }, false}, {[](V v) { v.WriteTimeout = -1; }, false},
+        {[](V v) { v.PostWriteActions->Add(makeDefinition(u"m", ddoKMethodDef)); }, false},
+        {[](V v) { v.TypeInfo = make<CType>(); }, false}, {[](V v) { v.SetAvailable(false); }, false},
+        {[](V v) { v.SetDynAvailability(4); }, false}, {[](V v) { v.IsChecked = true; }, false},
+        {[](V v) { v.LastSetTime = Date{Noon2000 + Second}; }, false}, {[](V v) { v.InReadRecursion = false; }, false},
+        {[](V v) { v.DefaultValue = u"2"; }, false}, {[](V v) { v.SetHandling(ddvhTWrite, true); }, false}};
     ManualClock clock;
     auto source = filledVariable();
     int row = 0;
@@ -221,8 +221,8 @@ TEST(Variable, CompareOneChangedFieldDecidesAndTheFirstDifferenceStops) {
     b->DefaultValue = Null{}, b->Definition()->SetName(u"other");
     EXPECT_FALSE(a->Compare(b));  // the definitions differ first, so the Null default is never compared
     b->Definition()->SetName(u"unknown");
-    EXPECT_EQ(raised([&] { a->Compare(b); }), platformError(errors::Runtime::InvalidUseOfNull));
-    EXPECT_EQ(raised([&] { a->Compare(nullptr); }), platformError(errors::Runtime::ObjectNotSet));
+    EXPECT_EQ(raised([&] { a->Compare(b); }), NullUse);
+    EXPECT_EQ(raised([&] { a->Compare(nullptr); }), NotSet);
 }
 
 // ---- Rendering ----
@@ -231,7 +231,8 @@ TEST(Variable, RenderingAtEveryLevel) {
     ManualClock clock;
     auto v = variableOf(ddvTFloat);
     v->Definition()->SetName(u"pressure");
-    for (const Variant& low : {v->ToString(-1), call(v, u"ToString")}) EXPECT_EQ(text(low), "VARIABLE{Definition{Name:pressure}}");
+    for (const Variant& low : {v->ToString(-1), call(v, u"ToString")})
+        EXPECT_EQ(text(low), "VARIABLE{Definition{Name:pressure}}");
 
     v->SetValue(1.5);  // stamps 1/1/2000 noon
     v->DefaultValue = u"2", v->Help = u"h", v->Label = u"L", v->ConstantUnit = u"bar", v->VariableUnit = u"kPa";
@@ -241,10 +242,11 @@ TEST(Variable, RenderingAtEveryLevel) {
     v->SetHandling(ddvhTRead, false);
 
     const std::string head = "VARIABLE{Definition{Name:pressure, Kind:0}";
-    const std::string level2 =
-        ", Value:1.5, Help:h, Label:L, ConstantUnit:bar, VariableUnit:kPa, UnitVariable:Definition{Name:unit_rel}, "
-        "Available:False, DefaultValue:2, ToBeWritten:False, Validity:True, TypeInfo:Type{Kind:0}}";  // the type closes its own text twice
-    EXPECT_EQ(text(v->ToString(2)), head + level2 + "}");
+    // The type's text ends in two braces of its own.
+    EXPECT_EQ(text(v->ToString(2)),
+              head + ", Value:1.5, Help:h, Label:L, ConstantUnit:bar, VariableUnit:kPa, "
+                     "UnitVariable:Definition{Name:unit_rel}, Available:False, DefaultValue:2, ToBeWritten:False, "
+                     "Validity:True, TypeInfo:Type{Kind:0}}}");
     EXPECT_EQ(text(v->ToString(3)),
               head +
                   ", Value:1.5, Help:h, Label:L, ConstantUnit:bar, VariableUnit:kPa, "
@@ -257,12 +259,6 @@ TEST(Variable, RenderingAtEveryLevel) {
                   ", PreEditActions:DefinitionList{Count:1}, PostEditActions:DefinitionList{Count:0}"
                   ", PreReadActions:DefinitionList{Count:0}, PostReadActions:DefinitionList{Count:0}"
                   ", PreWriteActions:DefinitionList{Count:0}, PostWriteActions:DefinitionList{Count:0}}");
-    // One level more shows the relations' and lists' items, still twice.
-    const std::string level4 = text(v->ToString(4));
-    const std::string relations = ", m_Relations:VariableDefinitionSet{Count:1, Items: { Definition{Name:r1}}}";
-    EXPECT_NE(level4.find(relations + relations), std::string::npos);
-    EXPECT_NE(level4.find(", PreEditActions:DefinitionList{Count:1, Items: { Definition{Name:m1}}}"),
-              std::string::npos);
 }
 
 TEST(Variable, RenderingLeavesOutAbsentChildrenAndShowsTheZeroDate) {
