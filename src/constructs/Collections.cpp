@@ -6,23 +6,6 @@ namespace tylhart {
 
 namespace {
 
-// The definition of a record, deep-copied; a record without one cannot be
-// copied, as calling GetCopy on Nothing fails.
-Ref<CDefinition> copiedDefinition(const Ref<CDefinition>& definition) {
-    return checked(definition).GetCopy();
-}
-
-bool definitionsEqual(const Ref<CDefinition>& mine, const Ref<CDefinition>& theirs) {
-    return checked(mine).Compare(theirs);
-}
-
-// Tag, then the definition at the same level when one is set.
-Text recordHead(const char16_t* tag, const Ref<CDefinition>& definition, std::int16_t infoLevel) {
-    Text out = tag;
-    if (definition) out += concatText(definition->ToString(infoLevel));
-    return out;
-}
-
 std::int16_t childLevel(std::int16_t infoLevel) { return static_cast<std::int16_t>(infoLevel - 1); }
 
 template <class C>
@@ -38,93 +21,69 @@ void describeToString(ClassBuilder<C>& b) {
 
 }  // namespace
 
-// ---- CMember ----
+// ---- Records: CMember, CElement ----
 
-Ref<CMember> CMember::GetCopy() const {
-    auto copy = make<CMember>();
-    copy->SetFromObject(Ref<CMember>(const_cast<CMember*>(this)));
+template <class Derived>
+Ref<Derived> Record<Derived>::GetCopy() const {
+    auto copy = make<Derived>();
+    copy->SetFromObject(Ref<Derived>(const_cast<Derived*>(static_cast<const Derived*>(this))));
     return copy;
 }
 
-void CMember::SetFromObject(const Ref<CMember>& toCopy) {
-    const CMember& source = checked(toCopy);
-    Ref<CDefinition> definition = copiedDefinition(source.Definition);
-    Ident = source.Ident;
+template <class Derived>
+void Record<Derived>::SetFromObject(const Ref<Derived>& toCopy) {
+    const Derived& source = checked(toCopy);
+    // A record without a definition cannot be copied, as calling GetCopy on
+    // Nothing fails.
+    Ref<CDefinition> definition = checked(source.Definition).GetCopy();
+    static_cast<Derived&>(*this).*Derived::Key = source.*Derived::Key;
     Description = source.Description;
     Help = source.Help;
     Definition = std::move(definition);
 }
 
-bool CMember::Compare(const Ref<CMember>& toCompare) const {
-    const CMember& other = checked(toCompare);
-    return Ident == other.Ident && Description == other.Description && Help == other.Help &&
-           definitionsEqual(Definition, other.Definition);
+template <class Derived>
+bool Record<Derived>::Compare(const Ref<Derived>& toCompare) const {
+    const Derived& other = checked(toCompare);
+    return static_cast<const Derived&>(*this).*Derived::Key == other.*Derived::Key &&
+           Description == other.Description && Help == other.Help && checked(Definition).Compare(other.Definition);
 }
 
-Variant CMember::ToString(std::int16_t infoLevel) const {
+template <class Derived>
+Variant Record<Derived>::ToString(std::int16_t infoLevel) const {
     if (infoLevel < 1) return Variant();
-    Text out = recordHead(u"Member{", Definition, infoLevel);
-    if (infoLevel > 1) out += u", Ident:" + Ident + u", Description:" + Description + u", Help:" + Help;
+    Text out = Derived::Tag;
+    if (Definition) out += concatText(Definition->ToString(infoLevel));
+    if (infoLevel > 1) {
+        out += u", " + Text(Derived::KeyName) + u":" + concatText(Variant(static_cast<const Derived&>(*this).*Derived::Key));
+        out += u", Description:" + Description + u", Help:" + Help;
+    }
     return out + u"}";
 }
 
+template <class Derived>
+ClassInfo Record<Derived>::describe() {
+    ClassBuilder<Derived> b(Derived::TypeName);
+    b.field(Derived::KeyName, Derived::Key)
+        .field(u"Description", &Record::Description)
+        .field(u"Help", &Record::Help)
+        .field(u"Definition", &Record::Definition)
+        .method(u"GetCopy", &Record::GetCopy);
+    describeCopyAndCompare(b);
+    describeToString(b);
+    return b.build([] { return Ref<Object>(make<Derived>()); });
+}
+
+template class Record<CMember>;
+template class Record<CElement>;
+
 const ClassInfo& CMember::staticClassInfo() {
-    static const ClassInfo info = [] {
-        ClassBuilder<CMember> b(TypeName);
-        b.field(u"Ident", &CMember::Ident)
-            .field(u"Description", &CMember::Description)
-            .field(u"Help", &CMember::Help)
-            .field(u"Definition", &CMember::Definition)
-            .method(u"GetCopy", &CMember::GetCopy);
-        describeCopyAndCompare(b);
-        describeToString(b);
-        return b.build([] { return Ref<Object>(make<CMember>()); });
-    }();
+    static const ClassInfo info = describe();
     return info;
 }
 
-// ---- CElement ----
-
-Ref<CElement> CElement::GetCopy() const {
-    auto copy = make<CElement>();
-    copy->SetFromObject(Ref<CElement>(const_cast<CElement*>(this)));
-    return copy;
-}
-
-void CElement::SetFromObject(const Ref<CElement>& toCopy) {
-    const CElement& source = checked(toCopy);
-    Ref<CDefinition> definition = copiedDefinition(source.Definition);
-    Value = source.Value;
-    Description = source.Description;
-    Help = source.Help;
-    Definition = std::move(definition);
-}
-
-bool CElement::Compare(const Ref<CElement>& toCompare) const {
-    const CElement& other = checked(toCompare);
-    return Value == other.Value && Description == other.Description && Help == other.Help &&
-           definitionsEqual(Definition, other.Definition);
-}
-
-Variant CElement::ToString(std::int16_t infoLevel) const {
-    if (infoLevel < 1) return Variant();
-    Text out = recordHead(u"Element{", Definition, infoLevel);
-    if (infoLevel > 1) out += u", Value:" + decimal(Value) + u", Description:" + Description + u", Help:" + Help;
-    return out + u"}";
-}
-
 const ClassInfo& CElement::staticClassInfo() {
-    static const ClassInfo info = [] {
-        ClassBuilder<CElement> b(TypeName);
-        b.field(u"Value", &CElement::Value)
-            .field(u"Description", &CElement::Description)
-            .field(u"Help", &CElement::Help)
-            .field(u"Definition", &CElement::Definition)
-            .method(u"GetCopy", &CElement::GetCopy);
-        describeCopyAndCompare(b);
-        describeToString(b);
-        return b.build([] { return Ref<Object>(make<CElement>()); });
-    }();
+    static const ClassInfo info = describe();
     return info;
 }
 
@@ -158,95 +117,64 @@ const ClassInfo& CElementList::staticClassInfo() {
     return info;
 }
 
-// ---- CCollection ----
+// ---- Record constructs: CCollection, CArray ----
 
-void CCollection::SetFromObject(const Ref<CCollection>& toCopy) {
-    const CCollection& source = checked(toCopy);
+template <class Derived>
+void RecordConstruct<Derived>::SetFromObject(const Ref<Derived>& toCopy) {
+    const Derived& source = checked(toCopy);
     if (!source.definition_) errors::raise(errors::Runtime::ObjectNotSet);
     Ref<CDefinition> definition = source.definition_->GetCopy();
-    Ref<CMemberSet> members = checked(source.Members).GetCopy();
-    SetDefinition(definition);  // the kind check, before anything else changes
+    auto children = checked(source.*Derived::Children).GetCopy();
+    this->SetDefinition(definition);  // the kind check, before anything else changes
     Label = source.Label;
     Help = source.Help;
-    Members = std::move(members);
+    static_cast<Derived&>(*this).*Derived::Children = std::move(children);
 }
 
-bool CCollection::Compare(const Ref<CCollection>& toCompare) const {
-    const CCollection& other = checked(toCompare);
-    return Label == other.Label && Help == other.Help && definitionEquals(other) &&
-           checked(Members).Compare(other.Members);
+template <class Derived>
+bool RecordConstruct<Derived>::Compare(const Ref<Derived>& toCompare) const {
+    const Derived& other = checked(toCompare);
+    return Label == other.Label && Help == other.Help && this->definitionEquals(other) &&
+           checked(static_cast<const Derived&>(*this).*Derived::Children).Compare(other.*Derived::Children);
 }
 
-Variant CCollection::ToString(std::int16_t infoLevel) const {
+template <class Derived>
+Variant RecordConstruct<Derived>::ToString(std::int16_t infoLevel) const {
     if (infoLevel < 1) return Variant();
-    Text out = renderHead(u"COLLECTION{", infoLevel);
+    Text out = this->renderHead(Derived::Tag, infoLevel);
     if (infoLevel > 1) {
         out += u", Label:" + Label + u", Help:" + Help;
-        if (Members) out += u", Members:" + concatText(Members->ToString(childLevel(infoLevel)));
+        if (const auto& children = static_cast<const Derived&>(*this).*Derived::Children)
+            out += u", " + Text(Derived::ChildrenName) + u":" + concatText(children->ToString(childLevel(infoLevel)));
     }
     return out + u"}";
 }
 
+template <class Derived>
+ClassInfo RecordConstruct<Derived>::describe() {
+    ClassBuilder<Derived> b(Derived::TypeName);
+    if (Derived::ChildrenFirst) b.field(Derived::ChildrenName, Derived::Children);
+    b.field(u"Label", &RecordConstruct::Label).field(u"Help", &RecordConstruct::Help);
+    if (!Derived::ChildrenFirst) b.field(Derived::ChildrenName, Derived::Children);
+    RecordConstruct::describeDefinition(b);
+    b.asLet();
+    RecordConstruct::describeGetCopy(b);
+    describeCopyAndCompare(b);
+    RecordConstruct::describeMakeObject(b);
+    describeToString(b);
+    return b.build([] { return Ref<Object>(make<Derived>()); });
+}
+
+template class RecordConstruct<CCollection>;
+template class RecordConstruct<CArray>;
+
 const ClassInfo& CCollection::staticClassInfo() {
-    static const ClassInfo info = [] {
-        ClassBuilder<CCollection> b(TypeName);
-        b.field(u"Members", &CCollection::Members)
-            .field(u"Label", &CCollection::Label)
-            .field(u"Help", &CCollection::Help);
-        describeDefinition(b);
-        b.asLet();
-        describeGetCopy(b);
-        describeCopyAndCompare(b);
-        describeMakeObject(b);
-        describeToString(b);
-        return b.build([] { return Ref<Object>(make<CCollection>()); });
-    }();
+    static const ClassInfo info = describe();
     return info;
 }
 
-// ---- CArray ----
-
-void CArray::SetFromObject(const Ref<CArray>& toCopy) {
-    const CArray& source = checked(toCopy);
-    if (!source.definition_) errors::raise(errors::Runtime::ObjectNotSet);
-    Ref<CDefinition> definition = source.definition_->GetCopy();
-    Ref<CElementList> elements = checked(source.Elements).GetCopy();
-    SetDefinition(definition);  // the kind check, before anything else changes
-    Label = source.Label;
-    Help = source.Help;
-    Elements = std::move(elements);
-}
-
-bool CArray::Compare(const Ref<CArray>& toCompare) const {
-    const CArray& other = checked(toCompare);
-    return Label == other.Label && Help == other.Help && definitionEquals(other) &&
-           checked(Elements).Compare(other.Elements);
-}
-
-Variant CArray::ToString(std::int16_t infoLevel) const {
-    if (infoLevel < 1) return Variant();
-    Text out = renderHead(u"ARRAY{", infoLevel);
-    if (infoLevel > 1) {
-        out += u", Label:" + Label + u", Help:" + Help;
-        if (Elements) out += u", Elements:" + concatText(Elements->ToString(childLevel(infoLevel)));
-    }
-    return out + u"}";
-}
-
 const ClassInfo& CArray::staticClassInfo() {
-    static const ClassInfo info = [] {
-        ClassBuilder<CArray> b(TypeName);
-        b.field(u"Label", &CArray::Label)
-            .field(u"Help", &CArray::Help)
-            .field(u"Elements", &CArray::Elements);
-        describeDefinition(b);
-        b.asLet();
-        describeGetCopy(b);
-        describeCopyAndCompare(b);
-        describeMakeObject(b);
-        describeToString(b);
-        return b.build([] { return Ref<Object>(make<CArray>()); });
-    }();
+    static const ClassInfo info = describe();
     return info;
 }
 

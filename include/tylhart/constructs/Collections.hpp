@@ -9,40 +9,55 @@
 
 namespace tylhart {
 
-// One member of a collection. Definition names the item the member refers
-// to; it is a plain field, so any kind (or an uninitialised definition) is
-// accepted.
-class CMember final : public Object {
+// What a collection member and an array element share: a key field of
+// their own, Description, Help and a definition. Definition names the item
+// the record refers to; it is a plain field, so any kind (or an
+// uninitialised definition) is accepted.
+// Derived supplies:
+//   static constexpr const char16_t* Tag;      "Member{"
+//   static constexpr const char16_t* KeyName;  "Ident", its dispatch name
+//   static constexpr auto Key;                 &CMember::Ident
+template <class Derived>
+class Record : public Object {
+public:
+    Text Description;
+    Text Help;
+    Ref<CDefinition> Definition = make<CDefinition>();
+
+    Ref<Derived> GetCopy() const;
+    // Copies the key, the texts and a deep copy of the definition; a source
+    // without a definition is refused (runtime error 91) before anything
+    // changes.
+    void SetFromObject(const Ref<Derived>& toCopy);
+    // Key, Description, Help (exact, case-sensitive), then the definitions.
+    bool Compare(const Ref<Derived>& toCompare) const;
+    // Tag and definition; above level 1 the key, Description and Help.
+    Variant ToString(std::int16_t infoLevel = 1) const;
+
+protected:
+    static ClassInfo describe();
+};
+
+// One member of a collection, named by Ident.
+class CMember final : public Record<CMember> {
     TYLHART_CLASS(CMember)
 public:
     Text Ident;
-    Text Description;
-    Text Help;
-    Ref<CDefinition> Definition = make<CDefinition>();
 
-    Ref<CMember> GetCopy() const;
-    // Copies the texts and a deep copy of the definition; a source without
-    // a definition is refused (runtime error 91) before anything changes.
-    void SetFromObject(const Ref<CMember>& toCopy);
-    // Ident, Description, Help (exact, case-sensitive), then the definitions.
-    bool Compare(const Ref<CMember>& toCompare) const;
-    Variant ToString(std::int16_t infoLevel = 1) const;
+    static constexpr const char16_t* Tag = u"Member{";
+    static constexpr const char16_t* KeyName = u"Ident";
+    static constexpr auto Key = &CMember::Ident;
 };
 
 // One element of an array: the item at index Value.
-class CElement final : public Object {
+class CElement final : public Record<CElement> {
     TYLHART_CLASS(CElement)
 public:
     std::int16_t Value = 0;
-    Text Description;
-    Text Help;
-    Ref<CDefinition> Definition = make<CDefinition>();
 
-    Ref<CElement> GetCopy() const;
-    void SetFromObject(const Ref<CElement>& toCopy);
-    // Value, Description, Help, then the definitions.
-    bool Compare(const Ref<CElement>& toCompare) const;
-    Variant ToString(std::int16_t infoLevel = 1) const;
+    static constexpr const char16_t* Tag = u"Element{";
+    static constexpr const char16_t* KeyName = u"Value";
+    static constexpr auto Key = &CElement::Value;
 };
 
 // Members keyed by "I" + Ident. Unlike most sets, a copy replaces what the
@@ -75,43 +90,57 @@ public:
     static constexpr const char16_t* Label = u"CElementList{Count:";
 };
 
-class CCollection final : public Construct<CCollection> {
-    TYLHART_CLASS(CCollection)
+// What a collection and an array share: Label, Help and one container of
+// records, held as a deep copy.
+// Derived supplies, besides what Construct asks:
+//   static constexpr const char16_t* Tag;           "COLLECTION{"
+//   static constexpr const char16_t* ChildrenName;  "Members", its dispatch name
+//   static constexpr auto Children;                 &CCollection::Members
+//   static constexpr bool ChildrenFirst;            slot of the container, which
+//                                                   fixes every dispatch identifier
+template <class Derived>
+class RecordConstruct : public Construct<Derived> {
 public:
-    static constexpr enumDDObjectKind ObjectKind = ddoKCollectionDef;
-    static constexpr const char16_t* DefinitionSource = u"CCollection.Definition";
-
-    Ref<CMemberSet> Members = make<CMemberSet>();
     Text Label;
     Text Help;
 
     // Definition (deep, through the checked let), Label, Help, and a copy of
-    // the member set. Every copy is made before anything is assigned.
-    void SetFromObject(const Ref<CCollection>& toCopy);
-    // Label, Help, definition, Members.
-    bool Compare(const Ref<CCollection>& toCompare) const;
-    // "COLLECTION{" definition, and above level 1 the label, help and members.
+    // the container. Every copy is made before anything is assigned.
+    void SetFromObject(const Ref<Derived>& toCopy);
+    // Label, Help, definition, then the containers.
+    bool Compare(const Ref<Derived>& toCompare) const;
+    // Tag and definition; above level 1 the label, help and the container
+    // one level down.
     Variant ToString(std::int16_t infoLevel = 1) const;
+
+protected:
+    static ClassInfo describe();
 };
 
-class CArray final : public Construct<CArray> {
+class CCollection final : public RecordConstruct<CCollection> {
+    TYLHART_CLASS(CCollection)
+public:
+    Ref<CMemberSet> Members = make<CMemberSet>();
+
+    static constexpr enumDDObjectKind ObjectKind = ddoKCollectionDef;
+    static constexpr const char16_t* DefinitionSource = u"CCollection.Definition";
+    static constexpr const char16_t* Tag = u"COLLECTION{";
+    static constexpr const char16_t* ChildrenName = u"Members";
+    static constexpr auto Children = &CCollection::Members;
+    static constexpr bool ChildrenFirst = true;
+};
+
+class CArray final : public RecordConstruct<CArray> {
     TYLHART_CLASS(CArray)
 public:
-    static constexpr enumDDObjectKind ObjectKind = ddoKArrayDef;
-    static constexpr const char16_t* DefinitionSource = u"CArray.Definition";
-
-    Text Label;
-    Text Help;
     Ref<CElementList> Elements = make<CElementList>();
 
-    // Definition (deep, through the checked let), Label, Help, and a deep
-    // copy of the element list. Every copy is made before anything is
-    // assigned.
-    void SetFromObject(const Ref<CArray>& toCopy);
-    // Label, Help, definition, Elements.
-    bool Compare(const Ref<CArray>& toCompare) const;
-    // "ARRAY{" definition, and above level 1 the label, help and elements.
-    Variant ToString(std::int16_t infoLevel = 1) const;
+    static constexpr enumDDObjectKind ObjectKind = ddoKArrayDef;
+    static constexpr const char16_t* DefinitionSource = u"CArray.Definition";
+    static constexpr const char16_t* Tag = u"ARRAY{";
+    static constexpr const char16_t* ChildrenName = u"Elements";
+    static constexpr auto Children = &CArray::Elements;
+    static constexpr bool ChildrenFirst = false;
 };
 
 }  // namespace tylhart

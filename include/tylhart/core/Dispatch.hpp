@@ -300,8 +300,11 @@ public:
 
     // A public data field: get and let, get and set for objects, all three
     // for a Variant.
-    template <class T>
-    ClassBuilder& field(const char16_t* name, T C::*member) {
+    // The field may live in a base class of C, as the shared fields of a
+    // family of classes do.
+    template <class T, class Owner>
+    ClassBuilder& field(const char16_t* name, T Owner::*member) {
+        static_assert(std::is_base_of_v<Owner, C>);
         MemberInfo m = entry(name, FirstFieldId + fields_++);
         m.field = true;
         m.type = Marshal<T>::typeName();
