@@ -89,7 +89,7 @@ const ClassInfo& CElement::staticClassInfo() {
 
 // ---- CMemberSet ----
 
-Text CMemberSet::keyText(const Ref<CMember>& member) { return checked(member).Ident; }
+const Text& CMemberSet::keyText(const Ref<CMember>& member) { return checked(member).Ident; }
 
 Ref<CMember> CMemberSet::Item(const Variant& index) const {
     return ElementOps<Ref<CMember>>::copy(elements()[elements().indexFor(index)]);

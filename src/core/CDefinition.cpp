@@ -9,7 +9,7 @@ constexpr char16_t NameSource[] = u"CDefinition.DefName";
 constexpr char16_t InitializeSource[] = u"CDefinition.Initialize";
 }  // namespace
 
-Text CDefinition::Name() const {
+const Text& CDefinition::checkedName() const {
     if (!initialized()) errors::raise(NameSource, errors::NotInitialized);
     return name_;
 }

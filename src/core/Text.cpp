@@ -77,8 +77,7 @@ std::string toUtf8(TextView in) {
 // labels use (ASCII, Latin-1, Latin Extended-A, Greek, Cyrillic). Keys are
 // compared code unit by code unit after folding, so folding must never change
 // the length of a text.
-char16_t foldCase(char16_t c) noexcept {
-    if (c < 0x80) return (c >= u'A' && c <= u'Z') ? static_cast<char16_t>(c + 32) : c;
+char16_t foldCaseBeyondAscii(char16_t c) noexcept {
     if (c >= 0xC0 && c <= 0xDE && c != 0xD7) return static_cast<char16_t>(c + 32);
     if (c == 0x178) return 0xFF;  // Y with diaeresis: its small letter sits in Latin-1
     if (c >= 0x100 && c <= 0x17F) {

@@ -59,8 +59,22 @@ TEST(KeyedStore, KeysFoldCaseInEveryScriptOfIdentifiers) {
     for (const auto& [upper, lower, same] : pairs) {
         KeyedStore<int> store;
         store.append(1, Text(upper));
+        store.append(2, u"I" + Text(upper));
         EXPECT_EQ(store.find(lower).has_value(), same) << toUtf8(upper) << " / " << toUtf8(lower);
+        // A set's prefixed probe must hash and compare like the whole text.
+        EXPECT_EQ(store.find(PrefixedKey{u'i', lower}), same ? std::optional<std::size_t>(1) : std::nullopt)
+            << toUtf8(upper) << " / " << toUtf8(lower);
     }
+}
+
+TEST(KeyedStore, PrefixedProbeNeverMatchesAShorterOrDifferentlyPrefixedKey) {
+    KeyedStore<int> store;
+    store.append(1, Text());
+    store.append(2, Text(u"I"));
+    store.append(3, Text(u"Xa"));
+    EXPECT_EQ(store.find(PrefixedKey{u'I', u""}), std::optional<std::size_t>(1));
+    EXPECT_FALSE(store.find(PrefixedKey{u'I', u"a"}).has_value());
+    EXPECT_FALSE(store.find(PrefixedKey{u'\u0131', u""}).has_value());
 }
 
 }  // namespace

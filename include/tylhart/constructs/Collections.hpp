@@ -70,7 +70,7 @@ public:
     static constexpr const char16_t* Label = u"MemberSet{Count:";
     static constexpr bool ReplacesOnCopy = true;
 
-    static Text keyText(const Ref<CMember>& member);
+    static const Text& keyText(const Ref<CMember>& member);
 
     // A copy of the member at a 1-based position or under an element key
     // ("Ipressure"); the store's errors when there is none.

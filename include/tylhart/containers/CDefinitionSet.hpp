@@ -9,9 +9,9 @@ namespace tylhart {
 
 // Reads Name, so an uninitialised definition fails with its own error.
 struct DefinitionKey {
-    static Text keyText(const Ref<CDefinition>& d) {
+    static const Text& keyText(const Ref<CDefinition>& d) {
         if (!d) errors::raise(errors::Runtime::ObjectNotSet);
-        return d->Name();
+        return d->checkedName();
     }
 };
 

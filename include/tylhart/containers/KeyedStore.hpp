@@ -13,19 +13,38 @@
 
 namespace tylhart {
 
-// Hashing and equality of keys without regard to case, usable with a
-// TextView probe so that look-ups allocate nothing.
+// A key probe made of one leading character and the rest, so that a set
+// can look up "I" + a name without building the concatenated text.
+struct PrefixedKey {
+    char16_t first;
+    TextView rest;
+};
+
+// Hashing and equality of keys without regard to case, usable with TextView
+// and PrefixedKey probes so that look-ups allocate nothing.
 struct CaseInsensitiveHash {
     using is_transparent = void;
-    std::size_t operator()(TextView key) const noexcept {
-        std::size_t h = 14695981039346656037ull;
-        for (char16_t c : key) h = (h ^ foldCase(c)) * 1099511628211ull;
+    std::size_t operator()(TextView key) const noexcept { return fold(Basis, key); }
+    std::size_t operator()(const PrefixedKey& key) const noexcept {
+        return fold(step(Basis, key.first), key.rest);
+    }
+
+private:
+    static constexpr std::size_t Basis = 14695981039346656037ull;
+    static std::size_t step(std::size_t h, char16_t c) noexcept { return (h ^ foldCase(c)) * 1099511628211ull; }
+    static std::size_t fold(std::size_t h, TextView key) noexcept {
+        for (char16_t c : key) h = step(h, c);
         return h;
     }
 };
 struct CaseInsensitiveEqual {
     using is_transparent = void;
     bool operator()(TextView a, TextView b) const noexcept { return equalsIgnoringCase(a, b); }
+    bool operator()(TextView a, const PrefixedKey& b) const noexcept {
+        return a.size() == b.rest.size() + 1 && foldCase(a[0]) == foldCase(b.first) &&
+               equalsIgnoringCase(a.substr(1), b.rest);
+    }
+    bool operator()(const PrefixedKey& a, TextView b) const noexcept { return (*this)(b, a); }
 };
 
 // Position access and key look-up are O(1): elements live in a vector and a
@@ -61,17 +80,23 @@ public:
         return static_cast<std::size_t>(position - 1);
     }
     // 0-based index of the element stored under Key, or the missing-key error.
-    std::size_t keyIndex(TextView key) const {
+    template <class Key>
+    std::size_t keyIndex(const Key& key) const {
         auto found = find(key);
         if (!found) errors::raise(errors::Runtime::InvalidCall);
         return *found;
     }
-    std::optional<std::size_t> find(TextView key) const {
-        auto it = index_.find(key);
+    // Key is a TextView or a PrefixedKey.
+    template <class Key>
+    std::optional<std::size_t> find(const Key& key) const {
+        auto it = index_.find(probe(key));
         if (it == index_.end()) return std::nullopt;
         return it->second;
     }
-    bool contains(TextView key) const { return index_.find(key) != index_.end(); }
+    template <class Key>
+    bool contains(const Key& key) const {
+        return index_.find(probe(key)) != index_.end();
+    }
 
     const T& operator[](std::size_t index) const noexcept { return entries_[index].value; }
     T& operator[](std::size_t index) noexcept { return entries_[index].value; }
@@ -134,6 +159,9 @@ private:
         T value;
         Slot* slot = nullptr;  // this element's key and position, when keyed
     };
+
+    static TextView probe(TextView key) noexcept { return key; }
+    static const PrefixedKey& probe(const PrefixedKey& key) noexcept { return key; }
 
     void renumberFrom(std::size_t first) noexcept {
         if (index_.empty()) return;

@@ -10,6 +10,7 @@ namespace tylhart {
 // Derived supplies:
 //   static constexpr const char16_t* Label;       long label (ToString >= 1)
 //   static Text keyText(const Element&);          text of the key property
+//                                                 (a const Text& saves a copy)
 //   a FindItem member and `static void describeFindItem(ClassBuilder<Derived>&)`
 // and may hide the policy hooks of Container and these: ShortLabel (a
 // non-null label makes levels below 1 render "label count}"),
@@ -26,8 +27,8 @@ public:
     // the set stays as it was.
     void Add(const Element& newElement) {
         self().check(newElement);
-        Text key = keyOf(newElement);
-        if (store_.contains(key)) errors::raise(errors::Runtime::DuplicateKey);
+        Text key = KeyPrefix + Derived::keyText(newElement);
+        if (store_.contains(TextView(key))) errors::raise(errors::Runtime::DuplicateKey);
         store_.append(newElement, std::move(key));
         self().accepted(newElement);
     }
@@ -53,14 +54,16 @@ public:
     // Absent keys and keys that cannot be computed are ignored.
     void Remove(const Element& element) {
         try {
-            if (auto i = store_.find(keyOf(element))) store_.erase(*i);
+            const auto& property = Derived::keyText(element);
+            if (auto i = store_.find(PrefixedKey{KeyPrefix, property})) store_.erase(*i);
         } catch (const Error&) {
         }
     }
 
     bool IsInSet(const Element& element) const {
         try {
-            return store_.contains(keyOf(element));
+            const auto& property = Derived::keyText(element);
+            return store_.contains(PrefixedKey{KeyPrefix, property});
         } catch (const Error&) {
             return false;
         }
@@ -105,9 +108,11 @@ public:
     // The element stored under the key made from a key property's text, as
     // a copy; the missing-key error when absent.
     Element findByKeyText(TextView keyText) const {
-        return ElementOps<Element>::copy(store_[store_.keyIndex(u"I" + Text(keyText))]);
+        return ElementOps<Element>::copy(store_[store_.keyIndex(PrefixedKey{KeyPrefix, keyText})]);
     }
-    std::optional<std::size_t> findKeyText(TextView keyText) const { return store_.find(u"I" + Text(keyText)); }
+    std::optional<std::size_t> findKeyText(TextView keyText) const {
+        return store_.find(PrefixedKey{KeyPrefix, keyText});
+    }
 
     static ClassInfo describe() {
         ClassBuilder<Derived> b(Derived::TypeName);
@@ -138,7 +143,9 @@ protected:
     static constexpr bool HasUnion = true;
     static void describeItem(ClassBuilder<Derived>& b) { b.method(u"Item", &Set::Item, {required(u"Index")}); }
 
-    Text keyOf(const Element& e) const { return u"I" + Derived::keyText(e); }
+    // Keys are "I" + the key property's text; a member set's Item takes
+    // such a key, so the prefix is visible to callers.
+    static constexpr char16_t KeyPrefix = u'I';
 };
 
 }  // namespace tylhart

@@ -8,7 +8,7 @@ namespace tylhart {
 class CDefinition final : public Object {
     TYLHART_CLASS(CDefinition)
 public:
-    Text Name() const;
+    Text Name() const { return checkedName(); }
     void SetName(Text newName);
     enumDDObjectKind Kind() const noexcept { return kind_; }
     void Initialize(Text newName, enumDDObjectKind newKind);
@@ -22,6 +22,9 @@ public:
     // The name without the initialisation check, for renderings and keys
     // that must not fail.
     const Text& rawName() const noexcept { return name_; }
+    // The name as Name reads it, not-initialised error included, without a
+    // copy: set keys are computed from it at every probe.
+    const Text& checkedName() const;
 
 private:
     Text name_ = u"unknown";

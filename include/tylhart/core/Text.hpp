@@ -22,7 +22,13 @@ inline Text decimal(long long value) {
 }
 
 // Case folding used wherever keys are compared without regard to case.
-char16_t foldCase(char16_t c) noexcept;
+// ASCII, which nearly every DD name is, folds inline: key hashing calls this
+// for every character of every probe.
+char16_t foldCaseBeyondAscii(char16_t c) noexcept;
+inline char16_t foldCase(char16_t c) noexcept {
+    if (c < 0x80) return (c >= u'A' && c <= u'Z') ? static_cast<char16_t>(c + 32) : c;
+    return foldCaseBeyondAscii(c);
+}
 Text foldCase(TextView text);
 bool equalsIgnoringCase(TextView a, TextView b) noexcept;
 
