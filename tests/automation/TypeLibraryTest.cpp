@@ -80,7 +80,7 @@ TEST(TypeLibraryListing, MemberLinesShowAccessorsParametersAndFlags) {
     for (const std::string line : {
              "  0x40030004 get let set DefaultValue As Variant",  // a Variant field takes every assignment
              "  0x4003000F get set TypeInfo As CType", "  0x40030016 get let LastSetTime As Date",
-             "  0x68030003 get let set MinValues(ByRef Index As Long) As Variant",
+             "  0x68030003 get let MinValues(ByRef Index As Long) As Variant",  // held as a value, never an object
              "  0x68030003 get let UntypedObject() As Object",
              "  0x60030013 method RecalcToUnit(ByRef NewUnit As String)",
              "  0x60030009 method IsInteger(Optional ByRef TestValue As Variant, "
