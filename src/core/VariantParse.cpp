@@ -3,9 +3,11 @@
 // the classic leading-number reader.
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cmath>
 #include <cstdlib>
 #include <limits>
+#include <string_view>
 
 #include "VariantRules.hpp"
 
@@ -471,6 +473,30 @@ std::optional<double> readDateText(TextView text, int (*currentYear)()) {
 
 // ---- The leading-number reader ----
 
+namespace {
+
+// Roughly the power of ten of a decimal literal ("120" 3, "0.05" -1); only
+// its sign matters, to tell an overflow from an underflow.
+long long decimalOrder(std::string_view literal) {
+    const std::size_t e = std::min(literal.find('e'), literal.size());
+    const std::string_view mantissa = literal.substr(0, e);
+    const std::size_t point = std::min(mantissa.find('.'), mantissa.size());
+    const std::size_t firstSignificant = mantissa.find_first_not_of("0.");
+    long long order = firstSignificant == std::string_view::npos ? 0
+                      : firstSignificant < point
+                          ? static_cast<long long>(point - firstSignificant)
+                          : -static_cast<long long>(firstSignificant - point - 1);
+    long long exponent = 0;
+    bool negative = false;
+    for (const char c : literal.substr(std::min(e + 1, literal.size()))) {
+        if (c == '-') negative = true;
+        else if (c != '+') exponent = std::min(exponent * 10 + (c - '0'), 1'000'000'000LL);
+    }
+    return order + (negative ? -exponent : exponent);
+}
+
+}  // namespace
+
 // Blanks, tabs and line feeds are skipped anywhere; then an optional sign,
 // digits with at most one decimal point (always the full stop, whatever the
 // locale) and an optional exponent (E, or D as the classic reader also
@@ -498,9 +524,18 @@ double leadingNumber(TextView text) {
     if (!digits) return 0.0;
     // An exponent marker without digits is not part of the number.
     if (exponent && !exponentDigits) literal.erase(literal.find('e'));
-    const double value = std::strtod(literal.c_str(), nullptr);
-    if (!std::isfinite(value)) rules::overflow();
-    return value;
+    // from_chars reads the full stop whatever locale the host process set;
+    // it takes no leading plus.
+    const bool negative = literal.front() == '-';
+    const char* first = literal.data() + (literal.front() == '+' || negative ? 1 : 0);
+    double value = 0.0;
+    const auto [end, error] = std::from_chars(first, literal.data() + literal.size(), value);
+    if (error == std::errc::result_out_of_range) {
+        if (decimalOrder(std::string_view(first, literal.data() + literal.size() - first)) > 0)
+            rules::overflow();
+        value = 0.0;  // too small for a Double: reads as zero
+    }
+    return negative ? -value : value;
 }
 
 }  // namespace tylhart

@@ -1,6 +1,7 @@
 // Text forms of numbers, currency amounts and dates, as the Automation
 // runtime writes them under locale 0x0409 (VarBstrFromR8, VarBstrFromDate,
 // ...), and the calendar behind dates.
+#include <charconv>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
@@ -61,7 +62,7 @@ struct Rounded {
     int exponent = 0;
 };
 
-// Does printf's 49-digit form show |v| exactly? An integer below 10^47
+// Does the 49-digit form show |v| exactly? An integer below 10^47
 // has at most 47 digits; m / 2^k (m odd, at most 53 bits) ends after k
 // decimals and has at most 16 + 0.7k significant digits.
 bool printsExactly(double magnitude) {
@@ -76,19 +77,22 @@ bool printsExactly(double magnitude) {
 }
 
 Rounded roundSignificant(double magnitude, int precision) {
-    // printf rounds only the last digit it prints, so with 49 digits the
-    // first precision + 1 are exact, unless a carry ran up through a run of
-    // nines, which would leave zeros behind: then, unless the value is known
-    // to print exactly, ask for the full expansion (no Double needs more
-    // than 767 significant digits).
+    // The exact conversion rounds only the last digit it writes, so with 49
+    // digits the first precision + 1 are exact, unless a carry ran up
+    // through a run of nines, which would leave zeros behind: then, unless
+    // the value is known to print exactly, ask for the full expansion (no
+    // Double needs more than 767 significant digits). to_chars, unlike
+    // printf, writes the full stop whatever locale the host process set.
     char buffer[820];
-    std::snprintf(buffer, sizeof buffer, "%.*e", 48, magnitude);
-    std::string text = buffer;
+    const auto scientific = [&](int digits) {
+        return std::string(buffer,
+                           std::to_chars(buffer, buffer + sizeof buffer, magnitude, std::chars_format::scientific, digits).ptr);
+    };
+    std::string text = scientific(48);
     auto mantissaEnd = text.find('e');
     const bool tailOfZeros = text.find_first_not_of('0', static_cast<std::size_t>(precision) + 2) >= mantissaEnd;
     if (tailOfZeros && !printsExactly(magnitude)) {
-        std::snprintf(buffer, sizeof buffer, "%.*e", 800, magnitude);
-        text = buffer;
+        text = scientific(800);
         mantissaEnd = text.find('e');
     }
     std::string all = text.substr(0, 1) + text.substr(2, mantissaEnd - 2);
