@@ -85,8 +85,8 @@ Rounded roundSignificant(double magnitude, int precision) {
     // printf, writes the full stop whatever locale the host process set.
     char buffer[820];
     const auto scientific = [&](int digits) {
-        return std::string(buffer,
-                           std::to_chars(buffer, buffer + sizeof buffer, magnitude, std::chars_format::scientific, digits).ptr);
+        const auto written = std::to_chars(buffer, std::end(buffer), magnitude, std::chars_format::scientific, digits);
+        return std::string(buffer, written.ptr);
     };
     std::string text = scientific(48);
     auto mantissaEnd = text.find('e');

@@ -57,7 +57,9 @@ public:
     }
     ~CommaDecimalLocale() {
         std::setlocale(LC_ALL, previous_.c_str());
+#ifdef TYLHART_TEST_LOCALE_DIR
         unsetenv("LOCPATH");
+#endif
     }
     bool active() const { return active_; }
 
