@@ -1,0 +1,88 @@
+#include "tylhart/constructs/EditDisplays.hpp"
+
+#include <string>
+
+namespace tylhart {
+
+namespace {
+
+std::int16_t childLevel(std::int16_t infoLevel) { return static_cast<std::int16_t>(infoLevel - 1); }
+
+}  // namespace
+
+// ---- CEditDisplayItem, CEditDisplayItemList ----
+
+const ClassInfo& CEditDisplayItem::staticClassInfo() {
+    static const ClassInfo info = describe();
+    return info;
+}
+
+const ClassInfo& CEditDisplayItemList::staticClassInfo() {
+    static const ClassInfo info = describe();
+    return info;
+}
+
+// ---- CEditDisplay ----
+
+void CEditDisplay::SetFromObject(const Ref<CEditDisplay>& toCopy) {
+    const CEditDisplay& source = checked(toCopy);
+    Ref<CDefinition> definition = checked(source.definition_).GetCopy();
+    auto displayItems = checked(source.DisplayItems).GetCopy();
+    auto editItems = checked(source.EditItems).GetCopy();
+    auto preEditActions = checked(source.PreEditActions).GetCopy();
+    auto postEditActions = checked(source.PostEditActions).GetCopy();
+    SetDefinition(definition);  // the kind check, before anything else changes
+    Label = source.Label;
+    DisplayItems = std::move(displayItems);
+    EditItems = std::move(editItems);
+    PreEditActions = std::move(preEditActions);
+    PostEditActions = std::move(postEditActions);
+}
+
+bool CEditDisplay::Compare(const Ref<CEditDisplay>& toCompare) const {
+    const CEditDisplay& other = checked(toCompare);
+    return Label == other.Label && checked(DisplayItems).Compare(other.DisplayItems) &&
+           checked(EditItems).Compare(other.EditItems) && checked(PreEditActions).Compare(other.PreEditActions) &&
+           checked(PostEditActions).Compare(other.PostEditActions) && definitionEquals(other);
+}
+
+Variant CEditDisplay::ToString(std::int16_t infoLevel) const {
+    // Built before the level is looked at, so a definition of Nothing fails
+    // at every level.
+    Text shortForm = u"EDIT_DISPLAY{" + concatText(checked(definition_).ToString(1)) + u"}";
+    if (infoLevel < 1) return shortForm;
+    Text out = renderHead(u"EDIT_DISPLAY{", infoLevel);
+    if (infoLevel > 1) {
+        out += u", Label:" + Label;
+        const auto add = [&](const char16_t* label, const auto& list) {
+            if (list) out += label + concatText(list->ToString(childLevel(infoLevel)));
+        };
+        add(u", DisplayItems:", DisplayItems);
+        add(u", EditItems:", EditItems);
+        add(u", PreEditActions:", PreEditActions);
+        add(u", PostEditActions:", PostEditActions);
+    }
+    return out + u"}";
+}
+
+const ClassInfo& CEditDisplay::staticClassInfo() {
+    static const ClassInfo info = [] {
+        ClassBuilder<CEditDisplay> b(TypeName);
+        b.field(u"DisplayItems", &CEditDisplay::DisplayItems)
+            .field(u"EditItems", &CEditDisplay::EditItems)
+            .field(u"PreEditActions", &CEditDisplay::PreEditActions)
+            .field(u"PostEditActions", &CEditDisplay::PostEditActions)
+            .field(u"Label", &CEditDisplay::Label);
+        describeDefinition(b);
+        b.asLet();
+        describeGetCopy(b);
+        b.method(u"SetFromObject", &CEditDisplay::SetFromObject, {required(u"ToCopy")})
+            .method(u"Compare", &CEditDisplay::Compare, {required(u"ToCompare")});
+        describeMakeObject(b);
+        b.method(u"ToString", &CEditDisplay::ToString, {optional(u"InfoLevel", std::int16_t{1})});
+        return b.build([] { return Ref<Object>(make<CEditDisplay>()); });
+    }();
+    return info;
+}
+
+}  // namespace tylhart

@@ -1,0 +1,88 @@
+#include "tylhart/constructs/Menus.hpp"
+
+#include <string>
+
+namespace tylhart {
+
+// ---- CMenuItem ----
+
+CMenuItem::CMenuItem() : qualification_(2) {}
+
+void CMenuItem::copyOwnFrom(const CMenuItem& source) {
+    // The array checks the whole text before it changes a flag, so a text
+    // that does not fit leaves this item's flags as they were.
+    qualification_.setText(source.qualification_.text());
+}
+
+bool CMenuItem::ownEquals(const CMenuItem& other) const {
+    return qualification_.text() == other.qualification_.text();
+}
+
+Text CMenuItem::ownDetails() const { return u", Qualification:" + qualification_.text(); }
+
+void CMenuItem::describeOwn(ClassBuilder<CMenuItem>& b) {
+    // The index goes to the array by reference, as for the flag classes.
+    b.method(u"GetQualificationObj", &CMenuItem::GetQualificationObj)
+        .property(u"Qualification", &CMenuItem::Qualification, &CMenuItem::SetQualification,
+                  {Param{u"Index", Missing{}, false, true}});
+}
+
+const ClassInfo& CMenuItem::staticClassInfo() {
+    static const ClassInfo info = describe();
+    return info;
+}
+
+// ---- CMenuItemList ----
+
+const ClassInfo& CMenuItemList::staticClassInfo() {
+    static const ClassInfo info = describe();
+    return info;
+}
+
+// ---- CMenu ----
+
+void CMenu::SetFromObject(const Ref<CMenu>& toCopy) {
+    const CMenu& source = checked(toCopy);
+    Ref<CDefinition> definition = checked(source.definition_).GetCopy();
+    Ref<CMenuItemList> items = checked(source.Items).GetCopy();
+    SetDefinition(definition);  // the kind check, before anything else changes
+    Label = source.Label;
+    review_ = source.review_;
+    Items = std::move(items);
+}
+
+bool CMenu::Compare(const Ref<CMenu>& toCompare) const {
+    const CMenu& other = checked(toCompare);
+    return Label == other.Label && review_ == other.review_ && checked(Items).Compare(other.Items) &&
+           definitionEquals(other);
+}
+
+Variant CMenu::ToString(std::int16_t infoLevel) const {
+    if (infoLevel < 1) return Variant();
+    Text out = renderHead(u"MENU{", infoLevel);
+    if (infoLevel > 1) {
+        out += u", Label:" + Label + u", Review:" + Variant(review_).toText();
+        if (Items) out += u", Items:" + concatText(Items->ToString(static_cast<std::int16_t>(infoLevel - 1)));
+    }
+    return out + u"}";
+}
+
+const ClassInfo& CMenu::staticClassInfo() {
+    static const ClassInfo info = [] {
+        ClassBuilder<CMenu> b(TypeName);
+        b.field(u"Items", &CMenu::Items).field(u"Label", &CMenu::Label);
+        describeDefinition(b);
+        b.asLet();
+        describeGetCopy(b);
+        b.method(u"SetFromObject", &CMenu::SetFromObject, {required(u"ToCopy")})
+            .method(u"Compare", &CMenu::Compare, {required(u"ToCompare")});
+        describeMakeObject(b);
+        // Review stands behind ToString; its identifier follows from that.
+        b.method(u"ToString", &CMenu::ToString, {optional(u"InfoLevel", std::int16_t{1})})
+            .property(u"Review", &CMenu::Review, &CMenu::SetReview);
+        return b.build([] { return Ref<Object>(make<CMenu>()); });
+    }();
+    return info;
+}
+
+}  // namespace tylhart

@@ -1,0 +1,175 @@
+#include "TestSupport.hpp"
+#include "tylhart/constructs/Collections.hpp"
+#include "tylhart/constructs/EditDisplays.hpp"
+#include "tylhart/constructs/Menus.hpp"
+#include "tylhart/external/CFlagArray.hpp"
+#include "tylhart/variables/CVariable.hpp"
+
+namespace tylhart::test {
+namespace {
+
+template <class C>
+Ref<C> named(const char16_t* name) {
+    auto c = make<C>();
+    return c->Definition()->SetName(name), c;
+}
+template <class Item>
+Ref<Item> itemOn(const Ref<Object>& construct) {
+    auto item = make<Item>();
+    return item->SetObj(Marshal<Ref<CObject>>::from(call(construct, u"MakeObject"))), item;
+}
+// A collection that can neither copy nor compare itself: its member set is gone.
+Ref<CCollection> broken() { return made<CCollection>([](CCollection& c) { c.Members = nullptr; }); }
+std::string flags(const Ref<CMenuItem>& i) { return text(get(i->GetQualificationObj(), CFlagArray::FlagTextId)); }
+
+TEST(Menus, RenderExactly) {
+    const auto labelled = [] {
+        return made<CMenu>([](CMenu& m) { m.Label = u"L", m.SetReview(true), m.Items->Add(make<CMenuItem>()); });
+    };
+    const auto onCollection = [] {
+        auto i = itemOn<CMenuItem>(named<CCollection>(u"c"));
+        return i->SetQualification(ddmiqTReview, true), i;
+    };
+    expectRenderings({
+        {make<CMenu>, 2, "MENU{Definition{Name:unknown, Kind:2}, Label:, Review:False, Items:MenuItemList{Count:0}}"},
+        {labelled, 3, "MENU{Definition{Name:unknown, Kind:2}, Label:L, Review:True, Items:MenuItemList{Count:1, "
+                      "Items: { MenuItem{Definition{Name:unknown}}}}}"},
+        {make<CMenuItem>, 0, "MenuItem{Definition{Name:unknown}}"},
+        {make<CMenuItem>, 2, "MenuItem{Definition{Name:unknown, Kind:-1}, Qualification:00, Object:OBJECT{}}"},
+        {onCollection, 3, "MenuItem{Definition{Name:c, Kind:9}, Qualification:01, Object:OBJECT{COLLECTION{"
+                          "Definition{Name:c, Kind:9}, Label:, Help:, Members:MemberSet{Count:0}}, "
+                          "AttributesAvailable:False, ChangeLevel:0, LastChangeLevel:0}}"},
+        {make<CEditDisplay>, 0, "EDIT_DISPLAY{Definition{Name:unknown}}"},
+        {make<CEditDisplay>, 2, "EDIT_DISPLAY{Definition{Name:unknown, Kind:3}, Label:, DisplayItems:"
+                                "EditDisplayItemList{Count:0}, EditItems:EditDisplayItemList{Count:0}, "
+                                "PreEditActions:DefinitionList{Count:0}, PostEditActions:DefinitionList{Count:0}}"},
+        {make<CEditDisplayItem>, 0, nullptr},
+        {[] { return itemOn<CEditDisplayItem>(named<CVariable>(u"pv")); }, 2,
+         "EditDisplayItem{Definition{Name:pv, Kind:0}, Object:OBJECT{VARIABLE{Definition{Name:pv}}}}"},
+    });
+    // The menu item's short form is built first, so it needs a definition at every level.
+    auto bare = made<CMenuItem>([](CMenuItem& i) { i.Definition = nullptr; });
+    for (std::int16_t level : {0, 2}) EXPECT_EQ(raised([&] { bare->ToString(level); }), NotSet);
+}
+
+TEST(MenuItem, ReadOnlyAndReviewAreOneFlagCopiedByValueAndComparedBeforeTheHandle) {
+    auto item = itemOn<CMenuItem>(make<CArray>());
+    let(item, u"Qualification", std::int32_t{ddmiqTReview}, true);
+    EXPECT_TRUE(get(item, u"Qualification", std::int32_t{ddmiqTReadOnly}).toBoolean() && flags(item) == "01");
+    auto copy = item->GetCopy();
+    let(copy->GetQualificationObj(), CFlagArray::FlagTextId, Text(u"10"));  // the copy's own array
+    EXPECT_TRUE(copy->Qualification(ddmiqTDisplayValue) && flags(item) == "01" && !copy->Compare(item));
+    auto a = itemOn<CMenuItem>(broken()), b = itemOn<CMenuItem>(broken());
+    b->SetQualification(ddmiqTReview, true);
+    EXPECT_FALSE(a->Compare(b));  // the handles, which would raise, are never reached
+    // An array resized through the accessor no longer fits: its own error, and nothing is copied.
+    let(copy->GetQualificationObj(), CFlagArray::FlagCountId, std::int32_t{3});
+    const auto handle = item->obj();
+    const auto definition = item->Definition;
+    EXPECT_EQ(raised([&] { item->SetFromObject(copy); }), InvalidCall);
+    EXPECT_TRUE(item->obj() == handle && item->Definition == definition && flags(item) == "01");
+}
+
+template <class Item>
+class HandleItems : public ::testing::Test {};
+using ItemClasses = ::testing::Types<CMenuItem, CEditDisplayItem>;
+TYPED_TEST_SUITE(HandleItems, ItemClasses);
+
+TYPED_TEST(HandleItems, ObjKeepsTheDefinitionConsistentAndARefusalKeepsBothReferences) {
+    const char* source = std::is_same_v<TypeParam, CMenuItem> ? "CMenuItem.Obj" : "CEditDisplayItem.Obj";
+    const ErrorRecord incompatible = libraryError(source, errors::NoCompatibleDefinition);
+    auto pv = named<CVariable>(u"pv");
+    auto item = itemOn<TypeParam>(pv);
+    const auto handle = item->obj();
+    EXPECT_EQ(item->Definition, pv->Definition());  // the construct's own definition
+    for (const auto& [candidate, error] : {std::pair{named<CVariable>(u"PV")->MakeObject(), incompatible},
+                                           std::pair{named<CMenu>(u"pv")->MakeObject(), incompatible},
+                                           std::pair{Ref<CObject>(), NotSet}, std::pair{make<CObject>(), NotSet}}) {
+        EXPECT_EQ(raised([&] { let(item, u"obj", Variant(Ref<Object>(candidate))); }), error);
+        EXPECT_TRUE(item->obj() == handle && item->Definition == pv->Definition());
+    }
+    auto twin = named<CVariable>(u"pv");  // an equal definition is accepted
+    item->SetObj(twin->MakeObject());
+    EXPECT_EQ(item->Definition, twin->Definition());
+    for (const Ref<Object>& any : {Ref<Object>(make<CMenu>()), Ref<Object>(make<CEditDisplay>())})
+        EXPECT_NO_THROW(itemOn<TypeParam>(any));  // a fresh item takes any kind
+}
+
+TYPED_TEST(HandleItems, CopyIsDeepComparesTheHandleLastAndARefusedCopyChangesNothing) {
+    auto source = itemOn<TypeParam>(named<CCollection>(u"c"));
+    auto copy = source->GetCopy();
+    copy->obj()->ChangeLevel = 1;  // the handle's bookkeeping is never compared
+    EXPECT_TRUE(copy->Compare(source) && copy->Definition != source->Definition);
+    copy->obj()->MakeCollection()->Label = u"x";  // the copy holds a construct of its own
+    EXPECT_FALSE(copy->Compare(source));
+    auto a = itemOn<TypeParam>(broken()), b = itemOn<TypeParam>(broken());
+    EXPECT_EQ(raised([&] { a->Compare(b); }), NotSet);
+    b->Definition = makeDefinition(u"x", ddoKMenuDef);
+    EXPECT_FALSE(a->Compare(b));  // the definitions come first
+    const auto handle = source->obj();
+    for (const auto& bad : {a, made<TypeParam>([](TypeParam& i) { i.Definition = nullptr; })}) {
+        EXPECT_EQ(raised([&] { source->SetFromObject(bad); }), NotSet);
+        EXPECT_EQ(source->obj(), handle);
+    }
+}
+
+TEST(MenusAndEditDisplays, AHandleGivesTheConstructBackAsItsOwnClassOnly) {
+    const Ref<Object> menu = make<CMenu>(), display = make<CEditDisplay>();
+    for (const auto& [construct, accessor] : {std::pair{menu, u"MakeMenu"}, std::pair{display, u"MakeEditDisplay"}}) {
+        const Ref<Object> handle = call(construct, u"MakeObject").toObject();
+        for (const char16_t* className : TopLevelClassNames) {
+            const Text name = u"Make" + Text(className + 1);
+            if (name == accessor) EXPECT_EQ(call(handle, accessor).toObject(), construct);
+            else EXPECT_EQ(raised([&] { call(handle, name.c_str()); }), TypeMismatch);
+        }
+    }
+}
+
+TEST(MenusAndEditDisplays, CopiesAreDeepEveryComparedFieldMattersAndRefusedCopiesChangeNothing) {
+    auto menu = made<CMenu>([](CMenu& m) { m.Label = u"L", m.SetReview(true), m.Items->Add(make<CMenuItem>()); });
+    auto copy = menu->GetCopy();
+    EXPECT_TRUE(copy->Compare(menu) && copy->Review() && copy->Definition() != menu->Definition());
+    expectEachChangeDiffers<CMenu>(make<CMenu>, {[](CMenu& m) { m.Items->Add(make<CMenuItem>()); }});
+    expectEachChangeDiffers<CEditDisplay>(make<CEditDisplay>, {
+        [](CEditDisplay& d) { d.DisplayItems->Add(make<CEditDisplayItem>()); },
+        [](CEditDisplay& d) { d.EditItems->Add(make<CEditDisplayItem>()); },
+        [](CEditDisplay& d) { d.PreEditActions->Add(make<CDefinition>()); },
+        [](CEditDisplay& d) { d.PostEditActions->Add(make<CDefinition>()); }});
+    auto noItems = made<CMenu>([](CMenu& m) { m.Items = nullptr; });
+    EXPECT_FALSE(noItems->Compare(made<CMenu>([](CMenu& m) { m.SetReview(true); })));  // Review before Items
+    // Refused: a definition that lost its kind (the let's own check and Source), items that cannot copy,
+    // the last list that cannot copy.
+    const auto lostKind = [](auto c) { return c->Definition()->SetFromObject(make<CDefinition>()), Ref<Object>(c); };
+    auto display = made<CEditDisplay>([](CEditDisplay& d) { d.Label = u"L"; });
+    display->EditItems->Add(make<CEditDisplayItem>());
+    auto method = makeDefinition(u"m", ddoKMethodDef);
+    auto lostMethod = made<CEditDisplay>([&](CEditDisplay& d) { d.PostEditActions->UseExactKind = true; });
+    lostMethod->PostEditActions->Add(method), method->SetFromObject(make<CDefinition>());
+    const std::tuple<Ref<Object>, Ref<Object>, ErrorRecord> refused[] = {
+        {menu, lostKind(make<CMenu>()), libraryError("Menu.Definition", errors::WrongKind)},
+        {menu, made<CMenu>([](CMenu& m) { m.Items->Add(itemOn<CMenuItem>(broken())); }), NotSet},
+        {display, lostKind(make<CEditDisplay>()), libraryError("EditDisplay.Definition", errors::WrongKind)},
+        {display, lostMethod, libraryError("CDefinitionSet.Add", errors::WrongKind)}};
+    for (const auto& [receiver, bad, error] : refused) {
+        const std::string before = text(call(receiver, u"ToString", std::int16_t{3}));
+        const Variant definition = get(receiver, u"Definition");
+        EXPECT_EQ(raised([&] { call(receiver, u"SetFromObject", bad); }), error);
+        EXPECT_EQ(text(call(receiver, u"ToString", std::int16_t{3})), before);
+        EXPECT_EQ(get(receiver, u"Definition").toObject(), definition.toObject());
+    }
+}
+
+TEST(MenusAndEditDisplays, MembersAnswerTheirSlotIdentifiers) {
+    expectSlots(CMenu::staticClassInfo(), {{u"Label", 0x40030001}, {u"Definition", 0x68030000},
+                                           {u"MakeObject", 0x60030004}, {u"Review", 0x68030006}});
+    expectSlots(CMenuItem::staticClassInfo(), {{u"Definition", 0x40030000}, {u"GetQualificationObj", 0x60030000},
+                                               {u"Qualification", 0x68030001}, {u"ToString", 0x60030006}});
+    expectSlots(CEditDisplay::staticClassInfo(), {{u"Label", 0x40030004}, {u"ToString", 0x60030005}});
+    expectSlots(CEditDisplayItem::staticClassInfo(), {{u"obj", 0x68030003}, {u"ToString", 0x60030004}});
+    const MemberInfo* obj = CMenuItem::staticClassInfo().find(TextView(u"obj"));
+    EXPECT_TRUE(obj->has(Access::Let) && !obj->has(Access::Set));
+    EXPECT_TRUE(CMenuItem::staticClassInfo().find(TextView(u"Qualification"))->params.at(0).byRef);
+}
+
+}  // namespace
+}  // namespace tylhart::test
