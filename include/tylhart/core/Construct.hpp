@@ -7,6 +7,13 @@
 
 namespace tylhart {
 
+// The kind check of a definition-valued let: Nothing is the call on
+// Nothing (91), another kind the wrong-kind error under the given Source.
+// Copies that check everything before assigning anything call it directly.
+inline void requireKind(const Ref<CDefinition>& definition, enumDDObjectKind kind, TextView source) {
+    if (checked(definition).Kind() != kind) errors::raise(source, errors::WrongKind);
+}
+
 // Derived supplies:
 //   static constexpr enumDDObjectKind ObjectKind;          its definition kind
 //   static constexpr const char16_t* DefinitionSource;     Source of the kind check
@@ -19,9 +26,7 @@ public:
     // Stores the given definition without copying it, after checking that it
     // is of the class's kind.
     void SetDefinition(const Ref<CDefinition>& newDefinition) {
-        if (!newDefinition) errors::raise(errors::Runtime::ObjectNotSet);
-        if (newDefinition->Kind() != Derived::ObjectKind)
-            errors::raise(Derived::DefinitionSource, errors::WrongKind);
+        requireKind(newDefinition, Derived::ObjectKind, Derived::DefinitionSource);
         definition_ = newDefinition;
     }
 

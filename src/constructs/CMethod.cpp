@@ -1,0 +1,53 @@
+#include "tylhart/constructs/CMethod.hpp"
+
+#include <string>
+
+#include "ConstructSupport.hpp"
+
+namespace tylhart {
+
+void CMethod::SetFromObject(const Ref<CMethod>& toCopy) {
+    const CMethod& source = checked(toCopy);
+    Ref<CDefinition> definition = checked(source.definition_).GetCopy();
+    requireKind(definition, ObjectKind, DefinitionSource);
+    Ref<CMethodClass> methodClass = checked(source.Class).GetCopy();
+    definition_ = std::move(definition);
+    Class = std::move(methodClass);
+    Label = source.Label;
+    Help = source.Help;
+    Validity = source.Validity;
+    Uid = source.Uid;
+}
+
+bool CMethod::Compare(const Ref<CMethod>& toCompare) const {
+    const CMethod& other = checked(toCompare);
+    return Label == other.Label && Help == other.Help && Validity == other.Validity && Uid == other.Uid &&
+           checked(Class).Compare(other.Class) && definitionEquals(other);
+}
+
+Variant CMethod::ToString(std::int16_t infoLevel) const {
+    if (infoLevel < 1) return Variant();
+    Text out = renderHead(u"METHOD{", infoLevel);
+    if (infoLevel > 1) {
+        out += u", Label:" + Label + u", Help:" + Help;
+        out += detail::flagText(u", Validity:", Validity);
+        out += u", Uid:" + decimal(Uid);
+        out += detail::childText(u", Class:", Class, infoLevel);
+    }
+    return out + u"}";
+}
+
+const ClassInfo& CMethod::staticClassInfo() {
+    static const ClassInfo info = [] {
+        ClassBuilder<CMethod> b(TypeName);
+        b.field(u"Class", &CMethod::Class)
+            .field(u"Label", &CMethod::Label)
+            .field(u"Help", &CMethod::Help)
+            .field(u"Validity", &CMethod::Validity)
+            .field(u"Uid", &CMethod::Uid);
+        return detail::describeConstructMembers(b);
+    }();
+    return info;
+}
+
+}  // namespace tylhart

@@ -1,0 +1,171 @@
+#include "TestSupport.hpp"
+#include "tylhart/constructs/CMethod.hpp"
+#include "tylhart/constructs/Relations.hpp"
+
+namespace tylhart::test {
+namespace {
+
+Ref<CDefinition> var(const char16_t* name) { return makeDefinition(name, ddoKVariableDef); }
+Ref<CVariable> variable(const char16_t* name) {
+    return made<CVariable>([&](CVariable& v) { v.Definition()->SetName(name); });
+}
+Ref<CVariableItem> item() { return made<CVariableItem>([](CVariableItem& i) { i.SetVariable(variable(u"pv")); }); }
+Ref<CUnit> unit() {
+    return made<CUnit>([](CUnit& u) {
+        u.SetUnit(var(u"pv")), u.Definition()->SetName(u"u"), u.Reread->Add(var(u"s"));
+    });
+}
+Ref<CRefresh> refresh() {
+    return made<CRefresh>([](CRefresh& r) { r.Definition()->SetName(u"r"), r.Reread->Add(var(u"s")); });
+}
+Ref<CWriteAsOne> writeAsOne() {
+    return made<CWriteAsOne>([](CWriteAsOne& w) { w.Definition()->SetName(u"w"), w.Modified->Add(item()); });
+}
+
+TEST(Relations, RenderExactly) {
+    expectRenderings({
+        // UNIT prints the unit variable's definition after the tag, never its own.
+        {unit, 0, nullptr},
+        {unit, 1, "UNIT{Definition{Name:pv}}"},
+        {[] { return made<CUnit>([](CUnit& u) { u.InRecursion = true, u.Reread = nullptr; }); }, 2,
+         "UNIT{Definition{Name:unknown, Kind:0}, Unit:Definition{Name:unknown}, InRecursion:True}"},
+        {unit, 3, "UNIT{Definition{Name:pv, Kind:0}, Unit:Definition{Name:pv, Kind:0}, "
+                  "Reread:VariableDefinitionSet{Count:1, Items: { Definition{Name:s}}}, InRecursion:False}"},
+        {refresh, 2, "REFRESH{Definition{Name:r, Kind:5}, Reread:VariableDefinitionSet{Count:1}, "
+                     "Changed:VariableDefinitionSet{Count:0}, InRecursion:False}"},
+        // WRITE_AS_ONE and its items have a short form below level 1.
+        {writeAsOne, -1, "WRITE_AS_ONE{Definition{Name:w}}"},
+        {[] { return made<CWriteAsOne>([](CWriteAsOne& w) { w.InProgress = true, w.Modified = nullptr; }); }, 2,
+         "WRITE_AS_ONE{Definition{Name:unknown, Kind:7}, InProgress:True, IsComplete:False}"},
+        {writeAsOne, 3, "WRITE_AS_ONE{Definition{Name:w, Kind:7}, InProgress:False, IsComplete:False, "
+                        "Modified:DataItemList{Count:1, Items: { VariableItem{Definition{Name:pv}}}}}"},
+        {item, 2, "VariableItem{Definition{Name:pv, Kind:0}, m_Variable:VARIABLE{Definition{Name:pv}}}"},
+    });
+    auto i = make<CVariableItem>();
+    EXPECT_EQ(text(i->ToString(0)), "VariableItem{Definition{Name:unknown}}");
+    i->Definition = nullptr;  // the short form is built before the level is looked at
+    EXPECT_EQ(raised([&] { i->ToString(2); }), NotSet);
+}
+
+// The record of a refused call; the object's rendering and definition stay.
+void expectRefused(const Ref<Object>& o, const std::function<void()>& refused, const ErrorRecord& expected) {
+    const std::string before = text(call(o, u"ToString", std::int16_t{3}));
+    const Ref<Object> definition = get(o, u"Definition").toObject();
+    EXPECT_EQ(raised(refused), expected) << toUtf8(o->className());
+    EXPECT_EQ(text(call(o, u"ToString", std::int16_t{3})), before);
+    EXPECT_EQ(get(o, u"Definition").toObject(), definition);
+}
+ErrorRecord wrongKind(const char* source) { return libraryError(source, errors::WrongKind); }
+
+TEST(Constructs, RefusedLetsKeepTheHeldObject) {
+    struct Row { Ref<Object> target; const char16_t* member; Ref<Object> value; ErrorRecord error; };
+    const Row rows[] = {
+        {unit(), u"Unit", makeDefinition(u"u", ddoKUnitDef), wrongKind("CUnit.Unit")},
+        {unit(), u"Unit", nullptr, NotSet},
+        {unit(), u"Definition", var(u"v"), wrongKind("CUnit.Definition")},
+        {refresh(), u"Definition", make<CDefinition>(), wrongKind("CRefresh.Definition")},
+        {writeAsOne(), u"Definition", makeDefinition(u"r", ddoKRefreshDef), wrongKind("CWriteAsOne.Definition")},
+        {make<CMethod>(), u"Definition", makeDefinition(u"m", ddoKMenuDef), wrongKind("Method.Definition")},
+        {make<CMethod>(), u"Definition", nullptr, NotSet},
+        {item(), u"Variable", variable(u"PV"), libraryError("CVariableItem.Variable", errors::NoCompatibleDefinition)},
+        {item(), u"Variable", nullptr, NotSet},
+    };
+    for (const Row& r : rows) {
+        const Ref<Object> held = get(r.target, r.member).toObject();
+        expectRefused(r.target, [&] { let(r.target, r.member, r.value); }, r.error);
+        EXPECT_EQ(get(r.target, r.member).toObject(), held);
+    }
+    auto i = item();
+    auto v = variable(u"pv");  // an equal definition need not be the same object
+    i->SetVariable(v);
+    EXPECT_TRUE(i->Variable() == v && i->Definition == v->Definition());
+}
+
+// Every copy and check comes before the first assignment.
+TEST(Constructs, RefusedCopiesLeaveTheReceiverUnchanged) {
+    const auto lost = [](const Ref<CDefinition>& d) { d->SetFromObject(make<CDefinition>()); };
+    const auto twoItems = [](CWriteAsOne& w) {  // the first item copies, the second cannot
+        w.Modified->Add(item()), w.Modified->Add(make<CVariableItem>()), w.Modified->Item(2)->Definition = nullptr;
+    };
+    const std::tuple<Ref<Object>, Ref<Object>, ErrorRecord> rows[] = {
+        {unit(), made<CUnit>([&](CUnit& u) { lost(u.Definition()), lost(u.Unit()); }), wrongKind("CUnit.Definition")},
+        {unit(), made<CUnit>([&](CUnit& u) { lost(u.Unit()); }), wrongKind("CUnit.Unit")},
+        {unit(), made<CUnit>([](CUnit& u) { u.Reread = nullptr; }), NotSet},
+        {refresh(), made<CRefresh>([&](CRefresh& r) { lost(r.Definition()); }), wrongKind("CRefresh.Definition")},
+        {refresh(), made<CRefresh>([](CRefresh& r) { r.Reread = nullptr; }), NotSet},
+        {writeAsOne(), made<CWriteAsOne>([&](CWriteAsOne& w) { lost(w.Definition()); }),
+         wrongKind("CWriteAsOne.Definition")},
+        {writeAsOne(), made<CWriteAsOne>(twoItems), NotSet},
+        {item(), made<CVariableItem>([](CVariableItem& x) { x.Definition = nullptr; }), NotSet},
+        {make<CMethod>(), made<CMethod>([&](CMethod& m) { m.Class = nullptr, lost(m.Definition()); }),
+         wrongKind("Method.Definition")},
+        {make<CMethod>(), made<CMethod>([](CMethod& m) { m.Class = nullptr, m.Label = u"new"; }), NotSet},
+    };
+    for (const auto& [receiver, source, error] : rows)
+        expectRefused(receiver, [&] { call(receiver, u"SetFromObject", source); }, error);
+}
+
+TEST(Relations, CopiesAreDeepAndIndependent) {
+    auto u = unit(), uc = u->GetCopy();
+    EXPECT_TRUE(uc->Compare(u) && uc->Unit() != u->Unit() && uc->Reread != u->Reread);
+    EXPECT_EQ(uc->Reread->elements()[0], u->Reread->elements()[0]);  // set copies share their elements
+    auto r = refresh(), rc = r->GetCopy();
+    EXPECT_TRUE(rc->Compare(r) && rc->Reread != r->Reread && rc->Changed != r->Changed);
+    auto w = writeAsOne(), wc = w->GetCopy();
+    auto original = w->Modified->Item(1), copied = wc->Modified->Item(1);
+    EXPECT_TRUE(wc->Compare(w) && copied->Variable() != original->Variable() &&
+                copied->Definition != original->Definition);
+    copied->Variable()->Label = u"changed";
+    EXPECT_TRUE(original->Variable()->Label.empty() && !wc->Compare(w));
+}
+
+TEST(Relations, CompareOrderAndBlindSpots) {
+    expectEachChangeDiffers<CUnit>(unit, {[](CUnit& u) { u.Definition()->SetName(u"U"); },
+        [](CUnit& u) { u.Unit()->SetName(u"x"); }, [](CUnit& u) { u.InRecursion = true; }});
+    expectEachChangeDiffers<CRefresh>(refresh, {[](CRefresh& r) { r.Definition()->SetName(u"R"); },
+        [](CRefresh& r) { r.Reread->Remove(var(u"s")); }, [](CRefresh& r) { r.InRecursion = true; }});
+    expectEachChangeDiffers<CVariableItem>(item, {[](CVariableItem& i) { i.Definition = var(u"q"); }});
+    // InProgress and IsComplete are transient client state.
+    EXPECT_TRUE(made<CWriteAsOne>([](CWriteAsOne& w) { w.InProgress = w.IsComplete = true; })
+                    ->Compare(make<CWriteAsOne>()));
+    // The first difference ends the comparison: a missing child on this side
+    // raises only when everything compared before it was equal.
+    const auto noReread = [](auto& c) { c.Reread = nullptr; };
+    const auto otherUnit = [](CUnit& u) { u.SetUnit(var(u"x")); };
+    const auto otherChanged = [](CRefresh& r) { r.Changed->Add(var(u"x")); };
+    const std::pair<std::function<bool()>, ErrorRecord> rows[] = {
+        {[&] { return made<CUnit>(noReread)->Compare(made<CUnit>(otherUnit)); }, NoError},
+        {[&] { return made<CUnit>(noReread)->Compare(make<CUnit>()); }, NotSet},
+        {[&] { return made<CRefresh>(noReread)->Compare(made<CRefresh>(otherChanged)); }, NoError},
+        {[&] { return made<CRefresh>([](CRefresh& r) { r.Changed = nullptr; })->Compare(make<CRefresh>()); }, NotSet},
+        {[] { return made<CWriteAsOne>([](CWriteAsOne& w) { w.Modified = nullptr; })->Compare(writeAsOne()); }, NotSet},
+    };
+    for (const auto& [compare, expected] : rows) EXPECT_EQ(raised([&] { EXPECT_FALSE(compare()); }), expected);
+}
+
+TEST(Constructs, AHandleHoldsEachConstructAndMembersAnswerTheirSlots) {
+    auto u = make<CUnit>();
+    auto r = make<CRefresh>();
+    auto w = make<CWriteAsOne>();
+    auto m = make<CMethod>();
+    EXPECT_TRUE(u->MakeObject()->MakeUnit() == u && r->MakeObject()->MakeRefresh() == r &&
+                w->MakeObject()->MakeWriteAsOne() == w && m->MakeObject()->MakeMethod() == m);
+    for (const Ref<Object>& construct : std::initializer_list<Ref<Object>>{u, r, w, m}) {
+        for (const char16_t* className : TopLevelClassNames) {
+            const Text accessor = u"Make" + Text(className + 1);
+            EXPECT_EQ(raised([&] { call(call(construct, u"MakeObject").toObject(), accessor.c_str()); }),
+                      construct->className() == className ? NoError : TypeMismatch);
+        }
+    }
+    expectSlots(CUnit::staticClassInfo(), {{u"Reread", 0x40030000}, {u"Unit", 0x68030000}, {u"ToString", 0x60030006}});
+    expectSlots(CRefresh::staticClassInfo(), {{u"InRecursion", 0x40030002}, {u"ToString", 0x60030005}});
+    expectSlots(CWriteAsOne::staticClassInfo(), {{u"IsComplete", 0x40030002}, {u"ToString", 0x60030005}});
+    expectSlots(CVariableItem::staticClassInfo(), {{u"Variable", 0x68030003}, {u"ToString", 0x60030004}});
+    expectSlots(CMethod::staticClassInfo(), {{u"Uid", 0x40030004}, {u"ToString", 0x60030005}});
+    for (const auto* member : {CUnit::staticClassInfo().find(u"Unit"), CUnit::staticClassInfo().find(u"Definition"),
+                               CVariableItem::staticClassInfo().find(u"Variable")})
+        EXPECT_TRUE(member->has(Access::Let) && !member->has(Access::Set));
+}
+
+}  // namespace
+}  // namespace tylhart::test
