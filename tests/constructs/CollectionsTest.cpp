@@ -44,18 +44,6 @@ TEST(Collections, RenderExactly) {
     });
 }
 
-// Two equal objects, then each change on one side makes them differ both ways.
-template <class R>
-void expectEachChangeDiffers(const std::function<Ref<R>()>& build,
-                             std::initializer_list<std::function<void(R&)>> changes) {
-    for (const auto& change : changes) {
-        auto a = build(), b = build();
-        EXPECT_TRUE(a->Compare(b));
-        change(*b);
-        EXPECT_FALSE(a->Compare(b) || b->Compare(a)) << text(b->ToString(2));
-    }
-}
-
 // ---- The construct pattern, once per construct ----
 
 template <class C>
