@@ -1,0 +1,244 @@
+#include "TestSupport.hpp"
+#include "tylhart/commands/CCommand.hpp"
+#include "tylhart/containers/CObjectSet.hpp"
+
+namespace tylhart::test {
+namespace {
+
+Ref<CDataItem> valueItem(Variant value = std::int16_t{5}) {
+    return made<CDataItem>([&](CDataItem& d) { d.Initialize(dddiTValue), d.SetValue(value), d.Mask = 255; });
+}
+Ref<CVariable> variableNamed(const char16_t* name) {
+    return made<CVariable>([&](CVariable& v) { v.Definition()->SetName(name); });
+}
+// The empty definition that Initialize leaves would refuse the variable, so
+// the item takes the variable's definition first, as callers do.
+Ref<CDataItem> variableItem() {
+    auto v = variableNamed(u"pv");
+    auto item = made<CDataItem>([](CDataItem& d) { d.Initialize(dddiTDefinition); });
+    return item->SetDefinition(v->Definition()), item->SetVariable(v), item;
+}
+Ref<CResponseCode> code(std::int16_t value) {
+    auto rc = made<CResponseCode>([](CResponseCode& c) { c.Description = u"Busy", c.Help = u"x"; });
+    return rc->Value = value, rc->SetKind(ddrcTSUCCESS), rc;
+}
+Ref<CTransaction> transaction(std::int16_t tNo) {
+    return made<CTransaction>([&](CTransaction& t) {
+        t.TNo = tNo, t.Request->Add(valueItem()), t.Reply->Add(valueItem()), t.Reply->Add(valueItem());
+        t.ResponseCodes->Add(code(8));
+    });
+}
+Ref<CCommand> command() {
+    return made<CCommand>([](CCommand& c) {
+        c.Definition()->SetName(u"read_pv"), c.Number = 48, c.SetOperation(ddcoTWrite), c.InRecursion = true;
+        c.Transactions->Add(transaction(1)), c.ResponseCodes->Add(code(16));
+    });
+}
+Ref<CDataItem> freshDefinitionItem() { return made<CDataItem>([](CDataItem& d) { d.Initialize(dddiTDefinition); }); }
+
+TEST(Commands, RenderExactly) {
+    expectRenderings({
+        {[] { return valueItem(); }, 1, "DataItem{}"},
+        {[] { return valueItem(); }, 2, "DataItem{, Kind:0, Value:5, Mask:255, Index:False, Info:False}"},
+        {freshDefinitionItem, 1, "DataItem{Definition{Name:unknown}}"},
+        {variableItem, 2,  // the definition shows twice
+         "DataItem{Definition{Name:pv, Kind:0}, Kind:1, Mask:0, Index:False, Info:False, "
+         "Definition:Definition{Name:pv}, Variable:VARIABLE{Definition{Name:pv}}}"},
+        {[] { return code(0); }, 1, "ResponseCode{Description:Busy}"},
+        {[] { return code(0); }, 2, "ResponseCode{Description:Busy, Value:0, Kind:0, Help:x}"},
+        {[] { return transaction(3); }, 1, "Transaction{TNo:3}"},
+        // The response codes stand under Reply; the two reply items never show.
+        {[] { return transaction(3); }, 2, "Transaction{TNo:3, Request:DataItemList{Count:1}, "
+                                           "Reply:ResponseCodeSet{Count:1}, ResponseCodes:ResponseCodeSet{Count:1}}"},
+        {command, 1, "COMMAND{Definition{Name:read_pv}}"},
+        {command, 12, "COMMAND{Definition{Name:read_pv, Kind:1}}"},
+        {[] { return made<CCommand>([](CCommand& c) { c.Number = 7, c.ResponseCodes = nullptr; }); }, 13,
+         "COMMAND{Definition{Name:unknown, Kind:1}, Number:7, Number:7, Transactions:TransactionSet{Count:0, "
+         "Items: {}}}"},
+        {[] { return make<CTransactionDef>(); }, 1, "TransactionDef{Number:0}"},
+        {[] { return make<CTransactionDef>(); }, 2,
+         "TransactionDef{Number:0, Command:COMMAND{Definition{Name:unknown}}}"},
+    });
+    for (const Ref<Object>& o : {Ref<Object>(valueItem()), Ref<Object>(code(0)), Ref<Object>(transaction(1)),
+                                 Ref<Object>(command()), Ref<Object>(make<CTransactionDef>())})
+        EXPECT_TRUE(call(o, u"ToString", std::int16_t{0}).isEmpty()) << toUtf8(o->className());
+    // Without response codes there is nothing to print under Reply.
+    EXPECT_EQ(raised([] { made<CTransaction>([](CTransaction& t) { t.ResponseCodes = nullptr; })->ToString(2); }),
+              NotSet);
+}
+
+// Each refused call raises its exact record and leaves the item as it was.
+TEST(DataItem, RefusedCallsRaiseTheirRecordsAndChangeNothing) {
+    const ErrorRecord fixed = libraryError("CDataItem.Initialize", errors::KindFixed), wrong = libraryError(
+        "CDataItem.Value", errors::WrongKind), range = libraryError("CDataItem.Initialize", errors::IndexOutOfRange),
+        unequal = libraryError("CDataItem.Value", errors::NoCompatibleDefinition),
+        unequalVariable = libraryError("CDataItem.Variable", errors::NoCompatibleDefinition);
+    using Build = Ref<CDataItem> (*)();
+    const Build fresh = [] { return make<CDataItem>(); }, value = [] { return valueItem(); };
+    const std::tuple<Build, void (*)(CDataItem&), ErrorRecord> rows[] = {
+        {fresh, [](CDataItem& d) { d.Initialize(static_cast<enumDDDataItemType>(2)); }, range},
+        {value, [](CDataItem& d) { d.Initialize(dddiTDefinition); }, fixed},
+        {value, [](CDataItem& d) { d.Initialize(static_cast<enumDDDataItemType>(7)); }, fixed},  // kind first
+        {fresh, [](CDataItem& d) { d.SetValue(1); }, wrong},
+        {variableItem, [](CDataItem& d) { d.Value(); }, wrong},
+        {value, [](CDataItem& d) { d.SetVariable(variableNamed(u"pv")); }, wrong},
+        {variableItem, [](CDataItem& d) { d.SetDefinition(makeDefinition(u"sv", ddoKVariableDef)); }, unequal},
+        {variableItem, [](CDataItem& d) { d.SetDefinition(nullptr); }, NotSet},
+        {variableItem, [](CDataItem& d) { d.SetVariable(variableNamed(u"sv")); }, unequalVariable},
+        {freshDefinitionItem, [](CDataItem& d) { d.SetVariable(variableNamed(u"pv")); }, unequalVariable},
+    };
+    for (const auto& [build, refused, expected] : rows) {
+        auto item = build();
+        const Text before = item->ToString(3).toText();
+        EXPECT_EQ(raised([&] { refused(*item); }), expected) << toUtf8(before);
+        EXPECT_EQ(item->ToString(3).toText(), before);
+    }
+}
+
+TEST(DataItem, LetsKeepOrReplaceTheHeldObjects) {
+    auto item = variableItem();
+    const auto held = item->Definition();
+    item->SetDefinition(makeDefinition(u"pv", ddoKVariableDef));  // equal: the held object stays
+    EXPECT_EQ(item->Definition().get(), held.get());
+    call(item, u"Initialize", std::int32_t{1});  // the same kind again starts afresh
+    EXPECT_TRUE(!item->Variable() && item->Definition() && item->Definition() != held);
+    let(item, u"Definition", nullptr);  // without a variable stored as given
+    item->SetVariable(variableNamed(u"sv"));  // without a definition nothing to disagree with
+    EXPECT_EQ(item->Definition().get(), item->Variable()->Definition().get());
+    auto value = valueItem(u"kept");
+    EXPECT_EQ((value->Initialize(dddiTValue), value->Value()), Variant(u"kept"));  // the value survives
+}
+
+TEST(DataItem, CopyIsDeepAndStopsAtTheFailingStep) {
+    auto source = variableItem();
+    source->Mask = 7, source->Info = true;
+    auto copy = source->GetCopy();
+    EXPECT_TRUE(copy->Compare(source) && copy->Definition() != source->Definition());
+    copy->Variable()->Label = u"changed";
+    EXPECT_TRUE(source->Variable()->Label.empty() && !copy->Compare(source));
+    source->SetFromObject(source);  // into itself: nothing lost
+    ASSERT_TRUE(source->Variable() && source->Definition()->Name() == u"pv");
+    EXPECT_EQ(raised([] { make<CDataItem>()->GetCopy(); }),
+              libraryError("CDataItem.Initialize", errors::IndexOutOfRange));
+    // A variable that cannot copy itself stops the copy after the flags and the definition.
+    source->Variable()->Class = nullptr;
+    auto receiver = make<CDataItem>();
+    EXPECT_EQ(raised([&] { receiver->SetFromObject(source); }), NotSet);
+    EXPECT_TRUE(receiver->Mask == 7 && receiver->Info && receiver->Definition()->Name() == u"pv");
+    EXPECT_FALSE(receiver->Variable());
+}
+
+TEST(Commands, CompareEveryStepAndItsBlindSpots) {
+    using D = CDataItem&;
+    expectEachChangeDiffers<CDataItem>([] { return valueItem(); }, {[](D d) { d.Mask = 0; },
+        [](D d) { d.Index = true; }, [](D d) { d.Info = true; }, [](D d) { d.SetValue(u"5"); }});
+    expectEachChangeDiffers<CDataItem>(variableItem, {[](D d) { d.Variable()->Help = u"h"; },
+        [](D d) { d.Initialize(dddiTDefinition), d.SetDefinition(makeDefinition(u"pv", ddoKVariableDef)); }});
+    EXPECT_TRUE(valueItem(5.0)->Compare(valueItem()) && !valueItem(Null{})->Compare(variableItem()));
+    EXPECT_EQ(raised([] { valueItem(Null{})->Compare(valueItem(Null{})); }), NullUse);
+    using R = CResponseCode&;
+    expectEachChangeDiffers<CResponseCode>([] { return code(1); }, {[](R r) { r.Value = 2; },
+        [](R r) { r.SetKind(ddrcTMODE_ERROR); }, [](R r) { r.Description = u"busy"; }, [](R r) { r.Help = u"X"; }});
+    using T = CTransaction&;
+    expectEachChangeDiffers<CTransaction>([] { return transaction(1); }, {[](T t) { t.TNo = 2; },
+        [](T t) { t.Request->Add(valueItem()); }, [](T t) { t.Reply->Remove(1); },
+        [](T t) { t.ResponseCodes->Add(code(9)); }});
+    // Operation and InRecursion never render, but they are compared.
+    using C = CCommand&;
+    expectEachChangeDiffers<CCommand>(command, {[](C c) { c.Number = 0; }, [](C c) { c.SetOperation(ddcoTCommand); },
+        [](C c) { c.InRecursion = false; }, [](C c) { c.Definition()->SetName(u"READ_PV"); },
+        [](C c) { c.ResponseCodes->Add(code(1)); }, [](C c) { c.Transactions->Add(transaction(2)); }});
+    expectEachChangeDiffers<CTransactionDef>([] { return make<CTransactionDef>(); },
+        {[](CTransactionDef& t) { t.Number = 1; }, [](CTransactionDef& t) { t.Command()->Number = 1; }});
+}
+
+TEST(ResponseCode, KindIsCheckedAndACopyStopsAfterValue) {
+    auto c = code(3);
+    for (std::int32_t bad : {7, -1})
+        EXPECT_EQ(raised([&] { let(c, u"Kind", bad); }), libraryError("CResponseCode.Kind", errors::KindOutOfRange));
+    auto neverKinded = made<CResponseCode>([](CResponseCode& r) { r.Value = 9, r.Description = u"new"; });
+    EXPECT_EQ(raised([&] { c->SetFromObject(neverKinded); }),
+              libraryError("CResponseCode.Kind", errors::KindOutOfRange));
+    EXPECT_TRUE(c->Value == 9 && c->Kind() == ddrcTSUCCESS && c->Description == u"Busy");
+}
+
+// Both sets are keyed by "I" + a 16-bit number; only the transaction set
+// replaces its content on a copy.
+TEST(Commands, SetKeysAndCopies) {
+    auto codes = make<CResponseCodeSet>(), other = make<CResponseCodeSet>();
+    codes->Add(code(8)), codes->Add(code(-3)), other->Add(code(1)), other->Add(code(8));
+    EXPECT_EQ(raised([&] { codes->Add(code(8)); }), Duplicate);
+    EXPECT_EQ(Marshal<Ref<CResponseCode>>::from(call(codes, u"FindItem", std::int32_t{-3}))->Value, -3);
+    EXPECT_EQ(raised([&] { codes->SetFromObject(other); }), Duplicate);  // merges: 1 added, then 8 clashes
+    EXPECT_EQ(codes->Count(), 3);
+    auto transactions = make<CTransactionSet>(), replacement = make<CTransactionSet>();
+    transactions->Add(transaction(1)), transactions->Add(transaction(0)), replacement->Add(transaction(1));
+    EXPECT_EQ(Marshal<Ref<CTransaction>>::from(call(transactions, u"FindItem", std::int16_t{0}))->TNo, 0);
+    transactions->SetFromObject(replacement);
+    EXPECT_EQ(transactions->Count(), 1);
+}
+
+TEST(Command, RefusedLetsKeepTheCommandAndACopyStopsAtItsFailingStep) {
+    auto c = command();
+    const auto own = c->Definition();
+    for (auto wrong : {makeDefinition(u"m", ddoKMenuDef), make<CDefinition>()})
+        EXPECT_EQ(raised([&] { let(c, u"Definition", wrong); }), libraryError("Menu.Definition", errors::WrongKind));
+    EXPECT_EQ(raised([&] { let(c, u"Operation", 3); }),
+              libraryError("CCommand.Operation", u"Operation type is out of range!"));
+    EXPECT_TRUE(c->Definition() == own && c->Operation() == ddcoTWrite);
+    // A definition that lost its kind: Number, Operation and the sets are copied, InRecursion not.
+    c->Definition()->SetFromObject(make<CDefinition>());
+    auto receiver = make<CCommand>();
+    const auto held = receiver->Definition();
+    EXPECT_EQ(raised([&] { receiver->SetFromObject(c); }), libraryError("Menu.Definition", errors::WrongKind));
+    EXPECT_TRUE(receiver->Number == 48 && receiver->Operation() == ddcoTWrite && receiver->Transactions->Count() == 1);
+    EXPECT_TRUE(receiver->ResponseCodes->Count() == 1 && receiver->Definition() == held && !receiver->InRecursion);
+}
+
+TEST(Command, CopyDepth) {
+    auto source = command();
+    auto copy = refCast<CCommand>(call(source, u"GetCopy").toObject());
+    ASSERT_TRUE(copy && copy->Compare(source));
+    EXPECT_TRUE(copy->Definition() != source->Definition() && copy->Transactions != source->Transactions &&
+                copy->ResponseCodes != source->ResponseCodes);
+    auto mine = copy->Transactions->Item(1), theirs = source->Transactions->Item(1);
+    EXPECT_TRUE(mine != theirs && mine->Compare(theirs));
+    copy->Definition()->SetName(u"write_pv"), copy->Transactions->Add(transaction(2));
+    EXPECT_TRUE(source->Definition()->Name() == u"read_pv" && source->Transactions->Count() == 1);
+    // A transaction def copies its command (stored unchecked); without one the copy is refused before Number.
+    auto pairing = made<CTransactionDef>([](CTransactionDef& t) { t.Number = 1; });
+    let(pairing, u"Command", source);
+    auto pairingCopy = pairing->GetCopy();
+    EXPECT_TRUE(pairing->Command() == source && pairingCopy->Command() != source && pairingCopy->Compare(pairing));
+    pairing->SetCommand(nullptr), pairing->Number = 2;
+    EXPECT_TRUE(raised([&] { pairingCopy->SetFromObject(pairing); }) == NotSet && pairingCopy->Number == 1);
+}
+
+TEST(Command, AHandleAndAnObjectSetHoldTheCommand) {
+    auto c = command();
+    auto handle = c->MakeObject();
+    EXPECT_TRUE(handle->MakeCommand() == c && call(handle, u"MakeCommand").toObject() == Ref<Object>(c));
+    auto set = make<CObjectSet>();
+    set->Add(handle);
+    EXPECT_TRUE(set->FindItem(makeDefinition(u"READ_PV", ddoKCommandDef))->MakeCommand()->Compare(c));
+}
+
+TEST(Commands, MembersAnswerTheirSlotIdentifiers) {
+    expectSlots(CDataItem::staticClassInfo(), {{u"Info", 0x40030002}, {u"Value", 0x68030001},
+        {u"Definition", 0x68030003}, {u"Variable", 0x68030007}, {u"ToString", 0x60030008}});
+    expectSlots(CCommand::staticClassInfo(), {{u"InRecursion", 0x40030003}, {u"Definition", 0x68030000},
+        {u"Operation", 0x68030001}, {u"MakeObject", 0x60030005}, {u"ToString", 0x60030006}});
+    expectSlots(CResponseCode::staticClassInfo(),
+                {{u"Help", 0x40030002}, {u"Kind", 0x68030000}, {u"ToString", 0x60030004}});
+    expectSlots(CTransactionDef::staticClassInfo(), {{u"Command", 0x68030000}, {u"ToString", 0x60030004}});
+    expectSlots(CTransaction::staticClassInfo(), {{u"ResponseCodes", 0x40030003}, {u"ToString", 0x60030003}});
+    for (const ClassInfo* set : {&CResponseCodeSet::staticClassInfo(), &CTransactionSet::staticClassInfo()})
+        expectSlots(*set, {{u"FindItem", 0x60030004}, {u"ToString", 0x6003000c}});
+    // Object properties with code are assigned with a plain assignment.
+    for (const auto* m : {CDataItem::staticClassInfo().find(TextView(u"Variable")),
+                          CTransactionDef::staticClassInfo().find(TextView(u"Command"))})
+        EXPECT_TRUE(m->has(Access::Let) && !m->has(Access::Set)) << toUtf8(m->name);
+}
+
+}  // namespace
+}  // namespace tylhart::test
