@@ -145,17 +145,5 @@ inline void expectRenderings(std::initializer_list<Rendering> rows) {
     }
 }
 
-// Two equal objects, then each change on one side makes them differ both ways.
-template <class R>
-void expectEachChangeDiffers(const std::function<Ref<R>()>& build,
-                             std::initializer_list<std::function<void(R&)>> changes) {
-    for (const auto& change : changes) {
-        auto a = build(), b = build();
-        EXPECT_TRUE(a->Compare(b));
-        change(*b);
-        EXPECT_FALSE(a->Compare(b) || b->Compare(a)) << text(b->ToString(2));
-    }
-}
-
 }  // namespace test
 }  // namespace tylhart
