@@ -4,13 +4,13 @@ namespace tylhart {
 
 const ClassInfo& DDEnums::staticClassInfo() {
     static const ClassInfo info =
-        ClassBuilder<DDEnums>(TypeName).build([] { return Ref<Object>(make<DDEnums>()); });
+        ClassBuilder<DDEnums>(TypeName).build();
     return info;
 }
 
 const ClassInfo& DDTypes::staticClassInfo() {
     static const ClassInfo info =
-        ClassBuilder<DDTypes>(TypeName).build([] { return Ref<Object>(make<DDTypes>()); });
+        ClassBuilder<DDTypes>(TypeName).build();
     return info;
 }
 

@@ -6,8 +6,6 @@ namespace tylhart {
 
 namespace {
 
-std::int16_t childLevel(std::int16_t infoLevel) { return static_cast<std::int16_t>(infoLevel - 1); }
-
 // Details of a command print only from this level on, so that ordinary
 // levels show a command by its definition alone.
 constexpr std::int16_t CommandDetailLevel = 13;
@@ -17,9 +15,7 @@ constexpr std::int16_t CommandDetailLevel = 13;
 // ---- CTransaction ----
 
 Ref<CTransaction> CTransaction::GetCopy() const {
-    auto copy = make<CTransaction>();
-    copy->SetFromObject(Ref<CTransaction>(const_cast<CTransaction*>(this)));
-    return copy;
+    return copyOf(*this);
 }
 
 void CTransaction::SetFromObject(const Ref<CTransaction>& toCopy) {
@@ -63,7 +59,7 @@ const ClassInfo& CTransaction::staticClassInfo() {
             .method(u"SetFromObject", &T::SetFromObject, {required(u"ToCopy")})
             .method(u"Compare", &T::Compare, {required(u"ToCompare")})
             .method(u"ToString", &T::ToString, {optional(u"InfoLevel", std::int16_t{1})});
-        return b.build([] { return Ref<Object>(make<CTransaction>()); });
+        return b.build();
     }();
     return info;
 }
@@ -127,13 +123,12 @@ const ClassInfo& CCommand::staticClassInfo() {
             .field(u"ResponseCodes", &C::ResponseCodes)
             .field(u"InRecursion", &C::InRecursion);
         describeDefinition(b);
-        b.asLet().property(u"Operation", &C::Operation, &C::SetOperation);
+        b.property(u"Operation", &C::Operation, &C::SetOperation);
         describeGetCopy(b);
         b.method(u"SetFromObject", &C::SetFromObject, {required(u"ToCopy")})
             .method(u"Compare", &C::Compare, {required(u"ToCompare")});
         describeMakeObject(b);
-        b.method(u"ToString", &C::ToString, {optional(u"InfoLevel", std::int16_t{1})});
-        return b.build([] { return Ref<Object>(make<CCommand>()); });
+        return b.method(u"ToString", &C::ToString, {optional(u"InfoLevel", std::int16_t{1})}).build();
     }();
     return info;
 }
@@ -141,9 +136,7 @@ const ClassInfo& CCommand::staticClassInfo() {
 // ---- CTransactionDef ----
 
 Ref<CTransactionDef> CTransactionDef::GetCopy() const {
-    auto copy = make<CTransactionDef>();
-    copy->SetFromObject(Ref<CTransactionDef>(const_cast<CTransactionDef*>(this)));
-    return copy;
+    return copyOf(*this);
 }
 
 void CTransactionDef::SetFromObject(const Ref<CTransactionDef>& toCopy) {
@@ -175,7 +168,7 @@ const ClassInfo& CTransactionDef::staticClassInfo() {
             .method(u"SetFromObject", &T::SetFromObject, {required(u"ToCopy")})
             .method(u"Compare", &T::Compare, {required(u"ToCompare")})
             .method(u"ToString", &T::ToString, {optional(u"InfoLevel", std::int16_t{1})});
-        return b.build([] { return Ref<Object>(make<CTransactionDef>()); });
+        return b.build();
     }();
     return info;
 }

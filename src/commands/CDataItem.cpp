@@ -12,14 +12,6 @@ constexpr char16_t InitializeSource[] = u"CDataItem.Initialize";
 constexpr char16_t ValueSource[] = u"CDataItem.Value";
 constexpr char16_t VariableSource[] = u"CDataItem.Variable";
 
-Text boolText(bool v) { return v ? u"True" : u"False"; }
-
-// Both Nothing, or both present and equal by their own comparison.
-template <class T>
-bool bothNothingOrEqual(const Ref<T>& a, const Ref<T>& b) {
-    if (!a || !b) return !a && !b;
-    return a->Compare(b);
-}
 
 }  // namespace
 
@@ -77,9 +69,7 @@ void CDataItem::SetVariable(const Ref<CVariable>& newVariable) {
 }
 
 Ref<CDataItem> CDataItem::GetCopy() const {
-    auto copy = make<CDataItem>();
-    copy->SetFromObject(Ref<CDataItem>(const_cast<CDataItem*>(this)));
-    return copy;
+    return copyOf(*this);
 }
 
 void CDataItem::SetFromObject(const Ref<CDataItem>& toCopy) {
@@ -107,7 +97,7 @@ bool CDataItem::Compare(const Ref<CDataItem>& toCompare) const {
     if (kind_ != other.kind_ || Mask != other.Mask) return false;
     if (Index != other.Index || Info != other.Info) return false;
     if (kind_ == dddiTDefinition)
-        return bothNothingOrEqual(definition_, other.definition_) && bothNothingOrEqual(variable_, other.variable_);
+        return childrenEqual(definition_, other.definition_) && childrenEqual(variable_, other.variable_);
     // The outcome is kept as a Boolean, so a Null on either side raises.
     if (kind_ == dddiTValue) return variantEqualsStrict(value_, other.value_);
     return true;
@@ -118,7 +108,7 @@ Variant CDataItem::ToString(std::int16_t infoLevel) const {
     Text out = u"DataItem{";
     if (definition_) out += concatText(definition_->ToString(infoLevel));
     if (infoLevel > 1) {
-        const auto lower = static_cast<std::int16_t>(infoLevel - 1);
+        const std::int16_t lower = childLevel(infoLevel);
         out += u", Kind:" + decimal(kind_);
         if (kind_ == dddiTValue) out += u", Value:" + concatText(value_);
         out += u", Mask:" + decimal(Mask);
@@ -152,7 +142,7 @@ const ClassInfo& CDataItem::staticClassInfo() {
             .property(u"Variable", &D::Variable, &D::SetVariable)
             .asLet()
             .method(u"ToString", &D::ToString, {optional(u"InfoLevel", std::int16_t{1})});
-        return b.build([] { return Ref<Object>(make<CDataItem>()); });
+        return b.build();
     }();
     return info;
 }

@@ -10,9 +10,7 @@ void CResponseCode::SetKind(enumDDResponseCodeType newKind) {
 }
 
 Ref<CResponseCode> CResponseCode::GetCopy() const {
-    auto copy = make<CResponseCode>();
-    copy->SetFromObject(Ref<CResponseCode>(const_cast<CResponseCode*>(this)));
-    return copy;
+    return copyOf(*this);
 }
 
 void CResponseCode::SetFromObject(const Ref<CResponseCode>& toCopy) {
@@ -47,7 +45,7 @@ const ClassInfo& CResponseCode::staticClassInfo() {
             .method(u"SetFromObject", &R::SetFromObject, {required(u"ToCopy")})
             .method(u"Compare", &R::Compare, {required(u"ToCompare")})
             .method(u"ToString", &R::ToString, {optional(u"InfoLevel", std::int16_t{1})});
-        return b.build([] { return Ref<Object>(make<CResponseCode>()); });
+        return b.build();
     }();
     return info;
 }

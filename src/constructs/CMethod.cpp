@@ -2,7 +2,6 @@
 
 #include <string>
 
-#include "ConstructSupport.hpp"
 
 namespace tylhart {
 
@@ -30,9 +29,9 @@ Variant CMethod::ToString(std::int16_t infoLevel) const {
     Text out = renderHead(u"METHOD{", infoLevel);
     if (infoLevel > 1) {
         out += u", Label:" + Label + u", Help:" + Help;
-        out += detail::flagText(u", Validity:", Validity);
+        out += u", Validity:" + boolText(Validity);
         out += u", Uid:" + decimal(Uid);
-        out += detail::childText(u", Class:", Class, infoLevel);
+        out += childText(u", Class:", Class, infoLevel);
     }
     return out + u"}";
 }
@@ -45,7 +44,7 @@ const ClassInfo& CMethod::staticClassInfo() {
             .field(u"Help", &CMethod::Help)
             .field(u"Validity", &CMethod::Validity)
             .field(u"Uid", &CMethod::Uid);
-        return detail::describeConstructMembers(b);
+        return describeConstructMembers(b).build();
     }();
     return info;
 }

@@ -6,8 +6,6 @@ namespace tylhart {
 
 namespace {
 
-std::int16_t childLevel(std::int16_t infoLevel) { return static_cast<std::int16_t>(infoLevel - 1); }
-
 template <class C>
 void describeCopyAndCompare(ClassBuilder<C>& b) {
     b.method(u"SetFromObject", &C::SetFromObject, {required(u"ToCopy")})
@@ -25,9 +23,7 @@ void describeToString(ClassBuilder<C>& b) {
 
 template <class Derived>
 Ref<Derived> Record<Derived>::GetCopy() const {
-    auto copy = make<Derived>();
-    copy->SetFromObject(Ref<Derived>(const_cast<Derived*>(static_cast<const Derived*>(this))));
-    return copy;
+    return copyOf(static_cast<const Derived&>(*this));
 }
 
 template <class Derived>
@@ -71,7 +67,7 @@ ClassInfo Record<Derived>::describe() {
         .method(u"GetCopy", &Record::GetCopy);
     describeCopyAndCompare(b);
     describeToString(b);
-    return b.build([] { return Ref<Object>(make<Derived>()); });
+    return b.build();
 }
 
 template class Record<CMember>;
@@ -156,13 +152,7 @@ ClassInfo RecordConstruct<Derived>::describe() {
     if (Derived::ChildrenFirst) b.field(Derived::ChildrenName, Derived::Children);
     b.field(u"Label", &RecordConstruct::Label).field(u"Help", &RecordConstruct::Help);
     if (!Derived::ChildrenFirst) b.field(Derived::ChildrenName, Derived::Children);
-    RecordConstruct::describeDefinition(b);
-    b.asLet();
-    RecordConstruct::describeGetCopy(b);
-    describeCopyAndCompare(b);
-    RecordConstruct::describeMakeObject(b);
-    describeToString(b);
-    return b.build([] { return Ref<Object>(make<Derived>()); });
+    return RecordConstruct::describeConstructMembers(b).build();
 }
 
 template class RecordConstruct<CCollection>;

@@ -4,12 +4,6 @@
 
 namespace tylhart {
 
-namespace {
-
-std::int16_t childLevel(std::int16_t infoLevel) { return static_cast<std::int16_t>(infoLevel - 1); }
-
-}  // namespace
-
 // ---- CEditDisplayItem, CEditDisplayItemList ----
 
 const ClassInfo& CEditDisplayItem::staticClassInfo() {
@@ -73,14 +67,7 @@ const ClassInfo& CEditDisplay::staticClassInfo() {
             .field(u"PreEditActions", &CEditDisplay::PreEditActions)
             .field(u"PostEditActions", &CEditDisplay::PostEditActions)
             .field(u"Label", &CEditDisplay::Label);
-        describeDefinition(b);
-        b.asLet();
-        describeGetCopy(b);
-        b.method(u"SetFromObject", &CEditDisplay::SetFromObject, {required(u"ToCopy")})
-            .method(u"Compare", &CEditDisplay::Compare, {required(u"ToCompare")});
-        describeMakeObject(b);
-        b.method(u"ToString", &CEditDisplay::ToString, {optional(u"InfoLevel", std::int16_t{1})});
-        return b.build([] { return Ref<Object>(make<CEditDisplay>()); });
+        return describeConstructMembers(b).build();
     }();
     return info;
 }

@@ -21,9 +21,7 @@ void HandleItem<Derived>::SetObj(const Ref<CObject>& newObj) {
 
 template <class Derived>
 Ref<Derived> HandleItem<Derived>::GetCopy() const {
-    auto copy = make<Derived>();
-    copy->SetFromObject(Ref<Derived>(const_cast<Derived*>(&self())));
-    return copy;
+    return copyOf(self());
 }
 
 template <class Derived>
@@ -58,7 +56,7 @@ Variant HandleItem<Derived>::ToString(std::int16_t infoLevel) const {
     if (Definition) out += concatText(Definition->ToString(infoLevel));
     if (infoLevel > 1) {
         out += self().ownDetails();
-        if (obj_) out += u", Object:" + concatText(obj_->ToString(static_cast<std::int16_t>(infoLevel - 1)));
+        if (obj_) out += u", Object:" + concatText(obj_->ToString(childLevel(infoLevel)));
     }
     return out + u"}";
 }
@@ -74,7 +72,7 @@ ClassInfo HandleItem<Derived>::describe() {
         .property(u"obj", &HandleItem::obj, &HandleItem::SetObj, {})
         .asLet()
         .method(u"ToString", &HandleItem::ToString, {optional(u"InfoLevel", std::int16_t{1})});
-    return b.build([] { return Ref<Object>(make<Derived>()); });
+    return b.build();
 }
 
 template class HandleItem<CMenuItem>;

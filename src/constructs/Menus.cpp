@@ -61,8 +61,8 @@ Variant CMenu::ToString(std::int16_t infoLevel) const {
     if (infoLevel < 1) return Variant();
     Text out = renderHead(u"MENU{", infoLevel);
     if (infoLevel > 1) {
-        out += u", Label:" + Label + u", Review:" + Variant(review_).toText();
-        if (Items) out += u", Items:" + concatText(Items->ToString(static_cast<std::int16_t>(infoLevel - 1)));
+        out += u", Label:" + Label + u", Review:" + boolText(review_);
+        if (Items) out += u", Items:" + concatText(Items->ToString(childLevel(infoLevel)));
     }
     return out + u"}";
 }
@@ -71,16 +71,8 @@ const ClassInfo& CMenu::staticClassInfo() {
     static const ClassInfo info = [] {
         ClassBuilder<CMenu> b(TypeName);
         b.field(u"Items", &CMenu::Items).field(u"Label", &CMenu::Label);
-        describeDefinition(b);
-        b.asLet();
-        describeGetCopy(b);
-        b.method(u"SetFromObject", &CMenu::SetFromObject, {required(u"ToCopy")})
-            .method(u"Compare", &CMenu::Compare, {required(u"ToCompare")});
-        describeMakeObject(b);
         // Review stands behind ToString; its identifier follows from that.
-        b.method(u"ToString", &CMenu::ToString, {optional(u"InfoLevel", std::int16_t{1})})
-            .property(u"Review", &CMenu::Review, &CMenu::SetReview);
-        return b.build([] { return Ref<Object>(make<CMenu>()); });
+        return describeConstructMembers(b).property(u"Review", &CMenu::Review, &CMenu::SetReview).build();
     }();
     return info;
 }

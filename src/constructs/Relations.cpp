@@ -2,14 +2,11 @@
 
 #include <string>
 
-#include "ConstructSupport.hpp"
 
 namespace tylhart {
 
 namespace {
 
-using detail::childText;
-using detail::flagText;
 
 // The renderings that have a short form below level 1: tag, the definition
 // at level 1 and "}". The short form is built before the level is looked
@@ -39,9 +36,7 @@ void CVariableItem::SetVariable(const Ref<CVariable>& newVariable) {
 }
 
 Ref<CVariableItem> CVariableItem::GetCopy() const {
-    auto copy = make<CVariableItem>();
-    copy->SetFromObject(Ref<CVariableItem>(const_cast<CVariableItem*>(this)));
-    return copy;
+    return copyOf(*this);
 }
 
 void CVariableItem::SetFromObject(const Ref<CVariableItem>& toCopy) {
@@ -72,7 +67,7 @@ const ClassInfo& CVariableItem::staticClassInfo() {
             .property(u"Variable", &CVariableItem::Variable, &CVariableItem::SetVariable)
             .asLet()
             .method(u"ToString", &CVariableItem::ToString, {optional(u"InfoLevel", std::int16_t{1})});
-        return b.build([] { return Ref<Object>(make<CVariableItem>()); });
+        return b.build();
     }();
     return info;
 }
@@ -116,7 +111,7 @@ Variant CUnit::ToString(std::int16_t infoLevel) const {
     if (infoLevel > 1) {
         out += childText(u", Unit:", unit_, infoLevel);
         out += childText(u", Reread:", Reread, infoLevel);
-        out += flagText(u", InRecursion:", InRecursion);
+        out += u", InRecursion:" + boolText(InRecursion);
     }
     return out + u"}";
 }
@@ -128,7 +123,7 @@ const ClassInfo& CUnit::staticClassInfo() {
             .field(u"InRecursion", &CUnit::InRecursion)
             .property(u"Unit", &CUnit::Unit, &CUnit::SetUnit)
             .asLet();
-        return detail::describeConstructMembers(b);
+        return describeConstructMembers(b).build();
     }();
     return info;
 }
@@ -158,7 +153,7 @@ Variant CRefresh::ToString(std::int16_t infoLevel) const {
     if (infoLevel > 1) {
         out += childText(u", Reread:", Reread, infoLevel);
         out += childText(u", Changed:", Changed, infoLevel);
-        out += flagText(u", InRecursion:", InRecursion);
+        out += u", InRecursion:" + boolText(InRecursion);
     }
     return out + u"}";
 }
@@ -169,7 +164,7 @@ const ClassInfo& CRefresh::staticClassInfo() {
         b.field(u"Reread", &CRefresh::Reread)
             .field(u"Changed", &CRefresh::Changed)
             .field(u"InRecursion", &CRefresh::InRecursion);
-        return detail::describeConstructMembers(b);
+        return describeConstructMembers(b).build();
     }();
     return info;
 }
@@ -194,7 +189,7 @@ bool CWriteAsOne::Compare(const Ref<CWriteAsOne>& toCompare) const {
 
 Variant CWriteAsOne::ToString(std::int16_t infoLevel) const {
     return renderWithShortForm(u"WRITE_AS_ONE{", definition_, infoLevel, [&] {
-        return flagText(u", InProgress:", InProgress) + flagText(u", IsComplete:", IsComplete) +
+        return u", InProgress:" + boolText(InProgress) + u", IsComplete:" + boolText(IsComplete) +
                childText(u", Modified:", Modified, infoLevel);
     });
 }
@@ -205,7 +200,7 @@ const ClassInfo& CWriteAsOne::staticClassInfo() {
         b.field(u"Modified", &CWriteAsOne::Modified)
             .field(u"InProgress", &CWriteAsOne::InProgress)
             .field(u"IsComplete", &CWriteAsOne::IsComplete);
-        return detail::describeConstructMembers(b);
+        return describeConstructMembers(b).build();
     }();
     return info;
 }

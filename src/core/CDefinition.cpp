@@ -29,9 +29,7 @@ void CDefinition::Initialize(Text newName, enumDDObjectKind newKind) {
 }
 
 Ref<CDefinition> CDefinition::GetCopy() const {
-    auto copy = make<CDefinition>();
-    copy->SetFromObject(Ref<CDefinition>(const_cast<CDefinition*>(this)));
-    return copy;
+    return copyOf(*this);
 }
 
 void CDefinition::SetFromObject(const Ref<CDefinition>& toCopy) {
@@ -75,7 +73,7 @@ const ClassInfo& CDefinition::staticClassInfo() {
             .method(u"SetFromObject", &CDefinition::SetFromObject, {required(u"ToCopy")})
             .method(u"Compare", &CDefinition::Compare, {required(u"ToCompare")})
             .method(u"ToString", &CDefinition::ToString, {optional(u"InfoLevel", std::int16_t{1})})
-            .build([] { return Ref<Object>(make<CDefinition>()); });
+            .build();
     return info;
 }
 

@@ -11,9 +11,7 @@ bool isTopLevelClassName(TextView name) noexcept {
 }
 
 Ref<CObject> CObject::GetCopy() const {
-    auto copy = make<CObject>();
-    copy->SetFromObject(Ref<CObject>(const_cast<CObject*>(this)));
-    return copy;
+    return copyOf(*this);
 }
 
 void CObject::SetFromObject(const Ref<CObject>& toCopy) {
@@ -109,7 +107,7 @@ const ClassInfo& CObject::staticClassInfo() {
             });
         }
         b.method(u"ToString", &CObject::ToString, {optional(u"InfoLevel", std::int16_t{1})});
-        return b.build([] { return Ref<Object>(make<CObject>()); });
+        return b.build();
     }();
     return info;
 }

@@ -82,7 +82,7 @@ const ClassInfo& CCharBuffer::staticClassInfo() {
             .withId(ContentsId)
             .getter(u"TextToNul", &CCharBuffer::TextToNul, {required(u"Start"), required(u"Length")})
             .withId(TextToNulId)
-            .build([] { return Ref<Object>(make<CCharBuffer>()); });
+            .build();
     return info;
 }
 

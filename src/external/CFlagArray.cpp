@@ -39,7 +39,7 @@ const ClassInfo& CFlagArray::staticClassInfo() {
             .withId(FlagId)
             .property(u"FlagText", &CFlagArray::FlagText, &CFlagArray::SetFlagText)
             .withId(FlagTextId)
-            .build([] { return Ref<Object>(make<CFlagArray>()); });
+            .build();
     return info;
 }
 

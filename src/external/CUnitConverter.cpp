@@ -99,7 +99,7 @@ const ClassInfo& CUnitConverter::staticClassInfo() {
             .method(u"ConvertUnit", &CUnitConverter::ConvertUnit,
                     {required(u"Value"), required(u"FromUnit"), required(u"ToUnit")})
             .withId(ConvertUnitId)
-            .build([] { return Ref<Object>(make<CUnitConverter>()); });
+            .build();
     return info;
 }
 

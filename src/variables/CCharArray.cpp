@@ -88,7 +88,7 @@ const ClassInfo& CCharArray::staticClassInfo() {
                            return Variant();
                        })
             .method(u"ToString", &CCharArray::ToString, {optional(u"InfoLevel", std::int16_t{1})})
-            .build([] { return Ref<Object>(make<CCharArray>()); });
+            .build();
     return info;
 }
 

@@ -242,9 +242,7 @@ void CType::SetScaleQualifier(enumTimeScaleQualificationType value) {
 }
 
 Ref<CType> CType::GetCopy() const {
-    auto copy = make<CType>();
-    copy->SetFromObject(Ref<CType>(const_cast<CType*>(this)));
-    return copy;
+    return copyOf(*this);
 }
 
 void CType::SetFromObject(const Ref<CType>& toCopy) {
@@ -411,7 +409,7 @@ const ClassInfo& CType::staticClassInfo() {
             .method(u"ToString", &CType::ToString, {optional(u"InfoLevel", std::int16_t{1})})
             .property(u"TimeFormat", &CType::TimeFormat, &CType::SetTimeFormat)
             .property(u"ScaleQualifier", &CType::ScaleQualifier, &CType::SetScaleQualifier);
-        return b.build([] { return Ref<Object>(make<CType>()); });
+        return b.build();
     }();
     return info;
 }

@@ -10,8 +10,6 @@ namespace tylhart {
 
 namespace {
 
-Text boolText(bool v) { return v ? u"True" : u"False"; }
-
 std::int16_t lower(std::int16_t infoLevel, int by) { return static_cast<std::int16_t>(infoLevel - by); }
 
 // Whole seconds since 30 December 1899 at which the date's second starts.
@@ -280,7 +278,6 @@ const ClassInfo& CVariable::staticClassInfo() {
             .method(u"GetHandlingObj", &V::GetHandlingObj)
             .property(u"Handling", &V::Handling, &V::SetHandling, {Param{u"Index", Missing{}, false, true}});
         describeDefinition(b);
-        b.asLet();
         describeGetCopy(b);
         b.method(u"SetFromObject", &V::SetFromObject, {required(u"ToCopy")})
             .method(u"Compare", &V::Compare, {required(u"ToCompare")})
@@ -313,7 +310,7 @@ const ClassInfo& CVariable::staticClassInfo() {
             // Declared after InRecursion, but listed last with the number
             // after LastSetTime's, as the type library has it.
             .field(u"InReadRecursion", &V::InReadRecursion);
-        return b.build([] { return Ref<Object>(make<CVariable>()); });
+        return b.build();
     }();
     return info;
 }

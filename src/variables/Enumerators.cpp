@@ -8,21 +8,6 @@ namespace tylhart {
 
 namespace {
 
-// Both absent match, one absent differs, both present is the child's own
-// comparison.
-template <class T>
-bool childrenEqual(const Ref<T>& mine, const Ref<T>& theirs) {
-    if (!mine || !theirs) return !mine && !theirs;
-    return mine->Compare(theirs);
-}
-
-// ", Label:" and the child one level down; nothing at all when absent.
-template <class T>
-Text renderChild(const char16_t* label, const Ref<T>& child, std::int16_t infoLevel) {
-    if (!child) return Text();
-    return label + concatText(child->ToString(static_cast<std::int16_t>(infoLevel - 1)));
-}
-
 // The copy of the source's child when it has one, else the receiver's own.
 template <class T>
 Ref<T> copiedOrKept(const Ref<T>& source, const Ref<T>& kept) {
@@ -42,9 +27,7 @@ void describeProtocol(ClassBuilder<C>& b) {
 // ---- CEnumerator ----
 
 Ref<CEnumerator> CEnumerator::GetCopy() const {
-    auto copy = make<CEnumerator>();
-    copy->SetFromObject(Ref<CEnumerator>(const_cast<CEnumerator*>(this)));
-    return copy;
+    return copyOf(*this);
 }
 
 void CEnumerator::SetFromObject(const Ref<CEnumerator>& toCopy) {
@@ -73,7 +56,7 @@ const ClassInfo& CEnumerator::staticClassInfo() {
             .field(u"Description", &CEnumerator::Description)
             .field(u"Help", &CEnumerator::Help);
         describeProtocol(b);
-        return b.build([] { return Ref<Object>(make<CEnumerator>()); });
+        return b.build();
     }();
     return info;
 }
@@ -81,9 +64,7 @@ const ClassInfo& CEnumerator::staticClassInfo() {
 // ---- CBitEnumerator ----
 
 Ref<CBitEnumerator> CBitEnumerator::GetCopy() const {
-    auto copy = make<CBitEnumerator>();
-    copy->SetFromObject(Ref<CBitEnumerator>(const_cast<CBitEnumerator*>(this)));
-    return copy;
+    return copyOf(*this);
 }
 
 void CBitEnumerator::SetFromObject(const Ref<CBitEnumerator>& toCopy) {
@@ -111,9 +92,9 @@ Variant CBitEnumerator::ToString(std::int16_t infoLevel) const {
     Text out = u"BitEnumerator{Description:" + Description;
     if (infoLevel > 1) {
         out += u", Value:" + decimal(Value) + u", Help:" + Help;
-        out += renderChild(u", Class:", Class, infoLevel);
-        out += renderChild(u", Status:", Status, infoLevel);
-        out += renderChild(u", Method:", Method, infoLevel);
+        out += childText(u", Class:", Class, infoLevel);
+        out += childText(u", Status:", Status, infoLevel);
+        out += childText(u", Method:", Method, infoLevel);
     }
     return out + u"}";
 }
@@ -128,7 +109,7 @@ const ClassInfo& CBitEnumerator::staticClassInfo() {
             .field(u"Status", &CBitEnumerator::Status)
             .field(u"Method", &CBitEnumerator::Method);
         describeProtocol(b);
-        return b.build([] { return Ref<Object>(make<CBitEnumerator>()); });
+        return b.build();
     }();
     return info;
 }

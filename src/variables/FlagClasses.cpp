@@ -171,7 +171,7 @@ Variant CStatusClass::ToString(std::int16_t infoLevel) const {
     if (infoLevel < 1) return Variant();
     Text out = u"StatusClass{Other:" + flagText();
     if (infoLevel > 1 && Output)
-        out += u", Output:" + concatText(Output->ToString(static_cast<std::int16_t>(infoLevel - 1)));
+        out += u", Output:" + concatText(Output->ToString(childLevel(infoLevel)));
     return out + u"}";
 }
 

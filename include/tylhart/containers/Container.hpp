@@ -22,9 +22,7 @@ public:
     }
 
     Ref<Derived> GetCopy() const {
-        auto copy = make<Derived>();
-        copy->SetFromObject(Ref<Derived>(const_cast<Derived*>(&self())));
-        return copy;
+        return copyOf(self());
     }
 
     // C++ iteration over the stored elements.

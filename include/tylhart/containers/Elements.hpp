@@ -13,6 +13,29 @@ inline Text concatText(const Variant& v) {
     return v.toText();
 }
 
+// The level a child renders at: one less than its owner's, so each level
+// of nesting loses one level of detail.
+inline std::int16_t childLevel(std::int16_t infoLevel) { return static_cast<std::int16_t>(infoLevel - 1); }
+
+// A Boolean as renderings print it.
+inline Text boolText(bool value) { return value ? u"True" : u"False"; }
+
+// The label and the child one level down; nothing at all, not even the
+// label, when the child is Nothing.
+template <class C>
+Text childText(const char16_t* label, const Ref<C>& child, std::int16_t infoLevel) {
+    if (!child) return Text();
+    return label + concatText(child->ToString(childLevel(infoLevel)));
+}
+
+// Both Nothing, or both present and equal by the child's own Compare; one
+// Nothing and one present differ.
+template <class C>
+bool childrenEqual(const Ref<C>& mine, const Ref<C>& theirs) {
+    if (!mine || !theirs) return !mine && !theirs;
+    return mine->Compare(theirs);
+}
+
 template <class E>
 struct ElementOps;
 

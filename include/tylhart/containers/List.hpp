@@ -86,7 +86,7 @@ public:
             .method(u"SetFromObject", &List::SetFromObject, {required(u"ToCopy")})
             .method(u"Compare", &List::Compare, {required(u"ToCompare")})
             .method(u"ToString", &List::ToString, {optional(u"InfoLevel", std::int16_t{1})});
-        return b.build([] { return Ref<Object>(make<Derived>()); });
+        return b.build();
     }
 
 };

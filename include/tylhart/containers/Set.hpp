@@ -130,7 +130,7 @@ public:
             .method(u"SetFromObject", &Set::SetFromObject, {required(u"ToCopy")})
             .method(u"Compare", &Set::Compare, {required(u"ToCompare")})
             .method(u"ToString", &Set::ToString, {optional(u"InfoLevel", std::int16_t{1})});
-        return b.build([] { return Ref<Object>(make<Derived>()); });
+        return b.build();
     }
 
 protected:

@@ -38,9 +38,7 @@ public:
     }
 
     Ref<Derived> GetCopy() const {
-        auto copy = make<Derived>();
-        copy->SetFromObject(Ref<Derived>(const_cast<Derived*>(static_cast<const Derived*>(this))));
-        return copy;
+        return copyOf(static_cast<const Derived&>(*this));
     }
 
 protected:
@@ -64,12 +62,23 @@ protected:
         return out;
     }
 
-    // The members every construct lists, in the order it lists them.
+    // The members every construct lists, in the order it lists them. The
+    // definition is assigned with let.
     static void describeDefinition(ClassBuilder<Derived>& b) {
-        b.property(u"Definition", &Construct::Definition, &Construct::SetDefinition);
+        b.property(u"Definition", &Construct::Definition, &Construct::SetDefinition).asLet();
     }
     static void describeMakeObject(ClassBuilder<Derived>& b) { b.method(u"MakeObject", &Construct::MakeObject); }
     static void describeGetCopy(ClassBuilder<Derived>& b) { b.method(u"GetCopy", &Construct::GetCopy); }
+    // Definition, GetCopy, SetFromObject, Compare, MakeObject, ToString: what
+    // most constructs list after their fields, in this order.
+    static ClassBuilder<Derived>& describeConstructMembers(ClassBuilder<Derived>& b) {
+        describeDefinition(b);
+        describeGetCopy(b);
+        b.method(u"SetFromObject", &Derived::SetFromObject, {required(u"ToCopy")})
+            .method(u"Compare", &Derived::Compare, {required(u"ToCompare")});
+        describeMakeObject(b);
+        return b.method(u"ToString", &Derived::ToString, {optional(u"InfoLevel", std::int16_t{1})});
+    }
 
     Ref<CDefinition> definition_;
 

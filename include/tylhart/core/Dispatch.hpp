@@ -399,6 +399,10 @@ public:
     }
 
     ClassInfo build(ClassInfo::Factory factory) { return ClassInfo(name_, factory, std::move(members_)); }
+    // Objects of the class are created by its default constructor.
+    ClassInfo build() {
+        return build([] { return Ref<Object>(make<C>()); });
+    }
 
 private:
     enum class PutKind { Let, Set, Both };

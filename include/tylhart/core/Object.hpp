@@ -82,6 +82,16 @@ Ref<T> make(Args&&... args) {
     return Ref<T>(new T(std::forward<Args>(args)...));
 }
 
+// What every GetCopy does: a new object that takes the original's content
+// through its own SetFromObject, so SetFromObject alone decides how deep a
+// copy goes. T is the class of both.
+template <class T>
+Ref<T> copyOf(const T& original) {
+    auto copy = make<T>();
+    copy->SetFromObject(Ref<T>(const_cast<T*>(&original)));
+    return copy;
+}
+
 // Checked downcast; Nothing when the object is of another class.
 template <class U, class T>
 Ref<U> refCast(const Ref<T>& r) noexcept {

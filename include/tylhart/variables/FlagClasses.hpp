@@ -44,9 +44,7 @@ public:
     static constexpr std::int32_t FlagCount = Count;
 
     Ref<Derived> GetCopy() const {
-        auto copy = make<Derived>();
-        copy->SetFromObject(Ref<Derived>(const_cast<Derived*>(static_cast<const Derived*>(this))));
-        return copy;
+        return copyOf(static_cast<const Derived&>(*this));
     }
 
 protected:
