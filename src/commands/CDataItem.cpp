@@ -133,6 +133,7 @@ const ClassInfo& CDataItem::staticClassInfo() {
             .field(u"Info", &D::Info)
             .method(u"Initialize", &D::Initialize, {required(u"NewKind")})
             .property(u"Value", &D::Value, &D::SetValue)
+            .asLet()
             .getter(u"Kind", &D::Kind)
             .property(u"Definition", &D::Definition, &D::SetDefinition)
             .asLet()

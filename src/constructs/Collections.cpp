@@ -120,8 +120,9 @@ void RecordConstruct<Derived>::SetFromObject(const Ref<Derived>& toCopy) {
     const Derived& source = checked(toCopy);
     if (!source.definition_) errors::raise(errors::Runtime::ObjectNotSet);
     Ref<CDefinition> definition = source.definition_->GetCopy();
+    requireKind(definition, Derived::ObjectKind, Derived::DefinitionSource);  // the definition's error comes first
     auto children = checked(source.*Derived::Children).GetCopy();
-    this->SetDefinition(definition);  // the kind check, before anything else changes
+    this->definition_ = std::move(definition);
     Label = source.Label;
     Help = source.Help;
     static_cast<Derived&>(*this).*Derived::Children = std::move(children);

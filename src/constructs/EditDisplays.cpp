@@ -21,11 +21,12 @@ const ClassInfo& CEditDisplayItemList::staticClassInfo() {
 void CEditDisplay::SetFromObject(const Ref<CEditDisplay>& toCopy) {
     const CEditDisplay& source = checked(toCopy);
     Ref<CDefinition> definition = checked(source.definition_).GetCopy();
+    requireKind(definition, ObjectKind, DefinitionSource);  // the definition's error comes first
     auto displayItems = checked(source.DisplayItems).GetCopy();
     auto editItems = checked(source.EditItems).GetCopy();
     auto preEditActions = checked(source.PreEditActions).GetCopy();
     auto postEditActions = checked(source.PostEditActions).GetCopy();
-    SetDefinition(definition);  // the kind check, before anything else changes
+    definition_ = std::move(definition);
     Label = source.Label;
     DisplayItems = std::move(displayItems);
     EditItems = std::move(editItems);

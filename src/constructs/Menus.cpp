@@ -44,8 +44,9 @@ const ClassInfo& CMenuItemList::staticClassInfo() {
 void CMenu::SetFromObject(const Ref<CMenu>& toCopy) {
     const CMenu& source = checked(toCopy);
     Ref<CDefinition> definition = checked(source.definition_).GetCopy();
+    requireKind(definition, ObjectKind, DefinitionSource);  // the definition's error comes first
     Ref<CMenuItemList> items = checked(source.Items).GetCopy();
-    SetDefinition(definition);  // the kind check, before anything else changes
+    definition_ = std::move(definition);
     Label = source.Label;
     review_ = source.review_;
     Items = std::move(items);

@@ -234,8 +234,9 @@ TEST(Commands, MembersAnswerTheirSlotIdentifiers) {
     expectSlots(CTransaction::staticClassInfo(), {{u"ResponseCodes", 0x40030003}, {u"ToString", 0x60030003}});
     for (const ClassInfo* set : {&CResponseCodeSet::staticClassInfo(), &CTransactionSet::staticClassInfo()})
         expectSlots(*set, {{u"FindItem", 0x60030004}, {u"ToString", 0x6003000c}});
-    // Object properties with code are assigned with a plain assignment.
+    // Object and Variant properties with code take a plain assignment only.
     for (const auto* m : {CDataItem::staticClassInfo().find(TextView(u"Variable")),
+                          CDataItem::staticClassInfo().find(TextView(u"Value")),
                           CTransactionDef::staticClassInfo().find(TextView(u"Command"))})
         EXPECT_TRUE(m->has(Access::Let) && !m->has(Access::Set)) << toUtf8(m->name);
 }

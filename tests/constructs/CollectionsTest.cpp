@@ -81,17 +81,20 @@ TYPED_TEST(ConstructKind, CopyIsIndependentAndCompareIsExactOnLabelHelpAndDefini
 }
 
 // A source whose shared definition has since lost its kind is refused by
-// the kind check; a source without a container by the call on Nothing. The
+// the kind check, even without its container; a source without a container
+// by the call on Nothing. The
 // receiver keeps everything it had either way.
 TYPED_TEST(ConstructKind, RefusedCopyLeavesTheReceiverUnchanged) {
     auto receiver = make<TypeParam>(), lostKind = make<TypeParam>(), noContainer = make<TypeParam>();
     receiver->Label = u"kept", lostKind->Label = u"new", noContainer->Label = u"new";
     const auto definition = receiver->Definition();
     lostKind->Definition()->SetFromObject(make<CDefinition>());
-    EXPECT_EQ(raised([&] { receiver->SetFromObject(lostKind); }),
+    for (auto* c : {lostKind.get(), noContainer.get()}) {
+        if constexpr (std::is_same_v<TypeParam, CCollection>) c->Members = nullptr;
+        else c->Elements = nullptr;
+    }
+    EXPECT_EQ(raised([&] { receiver->SetFromObject(lostKind); }),  // the definition is checked first
               libraryError(definitionSource<TypeParam>, errors::WrongKind));
-    if constexpr (std::is_same_v<TypeParam, CCollection>) noContainer->Members = nullptr;
-    else noContainer->Elements = nullptr;
     EXPECT_EQ(raised([&] { receiver->SetFromObject(noContainer); }), NotSet);
     EXPECT_TRUE(receiver->Label == u"kept" && receiver->Definition().get() == definition.get());
 }

@@ -137,8 +137,8 @@ TEST(MenusAndEditDisplays, CopiesAreDeepEveryComparedFieldMattersAndRefusedCopie
         [](CEditDisplay& d) { d.PostEditActions->Add(make<CDefinition>()); }});
     auto noItems = made<CMenu>([](CMenu& m) { m.Items = nullptr; });
     EXPECT_FALSE(noItems->Compare(made<CMenu>([](CMenu& m) { m.SetReview(true); })));  // Review before Items
-    // Refused: a definition that lost its kind (the let's own check and Source), items that cannot copy,
-    // the last list that cannot copy.
+    // Refused: a definition that lost its kind (the let's own check and Source, ahead of a list
+    // that is gone), items that cannot copy, the last list that cannot copy.
     const auto lostKind = [](auto c) { return c->Definition()->SetFromObject(make<CDefinition>()), Ref<Object>(c); };
     auto display = made<CEditDisplay>([](CEditDisplay& d) { d.Label = u"L"; });
     display->EditItems->Add(make<CEditDisplayItem>());
@@ -146,9 +146,9 @@ TEST(MenusAndEditDisplays, CopiesAreDeepEveryComparedFieldMattersAndRefusedCopie
     auto lostMethod = made<CEditDisplay>([&](CEditDisplay& d) { d.PostEditActions->UseExactKind = true; });
     lostMethod->PostEditActions->Add(method), method->SetFromObject(make<CDefinition>());
     const std::tuple<Ref<Object>, Ref<Object>, ErrorRecord> refused[] = {
-        {menu, lostKind(make<CMenu>()), libraryError("Menu.Definition", errors::WrongKind)},
+        {menu, lostKind(made<CMenu>([](CMenu& m) { m.Items = nullptr; })), libraryError("Menu.Definition", errors::WrongKind)},
         {menu, made<CMenu>([](CMenu& m) { m.Items->Add(itemOn<CMenuItem>(broken())); }), NotSet},
-        {display, lostKind(make<CEditDisplay>()), libraryError("EditDisplay.Definition", errors::WrongKind)},
+        {display, lostKind(made<CEditDisplay>([](CEditDisplay& d) { d.EditItems = nullptr; })), libraryError("EditDisplay.Definition", errors::WrongKind)},
         {display, lostMethod, libraryError("CDefinitionSet.Add", errors::WrongKind)}};
     for (const auto& [receiver, bad, error] : refused) {
         const std::string before = text(call(receiver, u"ToString", std::int16_t{3}));
