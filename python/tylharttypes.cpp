@@ -303,14 +303,21 @@ py::object getItem(const Wrapper& self, py::handle key) {
 bool isMissingKey(const Error& e) { return e.number() == errors::numberOf(errors::Runtime::InvalidCall); }
 
 // `x in obj`: a set answers by key (IsInSet for an element, FindItem for a
-// key), a list by the element class's comparison (FindFirst); anything else
+// key; an absent key is False), a list by the element class's comparison (FindFirst); anything else
 // iterable compares what it hands out.
 bool contains(const Wrapper& self, py::handle x) {
     const ClassInfo& info = self.object->classInfo();
     const MemberInfo* isInSet = info.find(u"IsInSet");
     const MemberInfo* findItem = info.find(u"FindItem");
-    if (isInSet && (py::isinstance<Wrapper>(x) || !findItem))
-        return callByName(self, *isInSet, keyArguments(x)).cast<bool>();
+    if (isInSet && (py::isinstance<Wrapper>(x) || !findItem)) {
+        try {
+            return callByName(self, *isInSet, keyArguments(x)).cast<bool>();
+        } catch (const Error& e) {
+            // An object that is no element may still be a key (a definition
+            // for a set of handles).
+            if (!findItem || e.number() != errors::numberOf(errors::Runtime::TypeMismatch)) throw;
+        }
+    }
     if (findItem) {
         try {
             return !callByName(self, *findItem, keyArguments(x)).is_none();
@@ -355,6 +362,7 @@ py::object pythonClass(const ClassInfo& info) {
     py::dict namespace_;
     namespace_["__doc__"] = python::classDoc(info);
     namespace_["__module__"] = "tylharttypes";
+    namespace_["__slots__"] = py::tuple();  // every attribute is a member of the library
     py::object property = py::module_::import("builtins").attr("property");
     for (const MemberInfo& m : info.members()) {
         const py::str name = toStr(m.name);
