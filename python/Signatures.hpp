@@ -87,8 +87,10 @@ inline std::string parameterList(const std::vector<ParamInfo>& params, const std
 
 // A call's result as Python receives it: with by-reference parameters the
 // result comes first, followed by the written-back values, as a tuple.
+// Writers answer None.
 inline std::string resultType(const MemberInfo& m, bool write = false) {
-    std::string result = write ? "None" : pythonType(m.type);
+    if (write) return "None";
+    std::string result = pythonType(m.type);
     if (!hasByRef(m)) return result;
     std::string out = "tuple[" + result;
     for (const ParamInfo& p : m.params)

@@ -333,11 +333,6 @@ bool contains(const Wrapper& self, py::handle x) {
     return false;
 }
 
-// str(): the rendering at the class's default level.
-py::object render(const Wrapper& self) {
-    return callByName(self, requireMember(self, u"ToString", "has no rendering"), {});
-}
-
 // repr(): the class name and the level-1 rendering, or the class name alone
 // where there is no rendering (repr must not raise).
 std::string representation(const Wrapper& self) {
@@ -351,6 +346,14 @@ std::string representation(const Wrapper& self) {
         }
     }
     return out + ">";
+}
+
+// str(): the rendering at the class's default level; repr() for a class
+// without one, as Python's own default is.
+py::object render(const Wrapper& self) {
+    const MemberInfo* toString = self.object->classInfo().find(u"ToString");
+    if (!toString) return py::str(representation(self));
+    return callByName(self, *toString, {});
 }
 
 // The Python class of a library class: a subclass of tylharttypes.Object
