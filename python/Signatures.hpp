@@ -39,6 +39,7 @@ inline std::string pythonType(const Text& type) {
         {u"Integer", "int"},   {u"Long", "int"},          {u"Byte", "int"},     {u"Single", "float"},
         {u"Double", "float"},  {u"Boolean", "bool"},      {u"String", "str"},   {u"Currency", "Currency"},
         {u"Date", "Date"},     {u"Variant", "Any"},       {u"Object", "Object"}, {u"IUnknown", "Iterator"},
+        {u"Byte()", "bytes"},
     };
     if (type.empty()) return "None";
     for (const auto& [name, py] : known)
