@@ -45,17 +45,22 @@ else()
     run(pkg_config_run ${CMAKE_COMMAND} -E env "LD_LIBRARY_PATH=${lib_dir}" "${WORK_DIR}/consumer_pkg_config")
 endif()
 
-# Written by the build when it has the Python module: PYTHON, PYTHON_ENVIRONMENT.
+# Written by the build when it has the Python module: PYTHON,
+# PYTHON_ENVIRONMENT and PYTHON_DESTINATION (absolute for the interpreter's
+# own site-packages, else under the prefix).
 if(EXISTS "${BUILD_DIR}/python-package.cmake")
     include("${BUILD_DIR}/python-package.cmake")
-    file(GLOB_RECURSE module "${prefix}/*/tylharttypes*.so")
-    if(NOT module)
-        message(FATAL_ERROR "package check failed: the Python module is not installed under ${prefix}")
+    get_filename_component(module_dir "${PYTHON_DESTINATION}" ABSOLUTE BASE_DIR "${prefix}")
+    file(GLOB module "${module_dir}/tylharttypes*.so")
+    if(NOT module OR NOT EXISTS "${module_dir}/tylharttypes.pyi")
+        message(FATAL_ERROR "package check failed: the Python module or its stub is not in ${module_dir}")
     endif()
-    get_filename_component(module_dir "${module}" DIRECTORY)
-    if(NOT EXISTS "${module_dir}/tylharttypes.pyi")
-        message(FATAL_ERROR "package check failed: no tylharttypes.pyi beside ${module}")
-    endif()
+    # One statement a line: arguments pass through a CMake list here.
     run(python_import ${CMAKE_COMMAND} -E env "PYTHONPATH=${module_dir}" ${PYTHON_ENVIRONMENT} ${PYTHON} -c
-        "import tylharttypes as t; assert t.__file__.startswith('${prefix}'), t.__file__; d = t.CDefinition(); d.Initialize('pressure', t.ddoKVariableDef); assert repr(d) == '<CDefinition Definition{Name:pressure}>', repr(d); print(repr(d))")
+        "import tylharttypes as t
+assert t.__file__.startswith('${module_dir}/'), t.__file__
+d = t.CDefinition()
+d.Initialize('pressure', t.ddoKVariableDef)
+assert repr(d) == '<CDefinition Definition{Name:pressure}>', repr(d)
+print(repr(d), t.__file__)")
 endif()
