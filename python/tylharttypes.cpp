@@ -504,12 +504,17 @@ PYBIND11_MODULE(tylharttypes, m) {
         if (!entry.built()) continue;
         const automation::ClassEntry* e = &entry;
         py::object cls = pythonClass(entry.classInfo());
-        cls.attr("__init__") = py::cpp_function(
+        // A plain function bound as a method, not a pybind11 constructor:
+        // the base's own __init__ makes the wrapper, this one fills it.
+        py::cpp_function create(
             [e](py::handle self) {
                 globals().baseType.attr("__init__")(self, globals().token);
                 self.cast<Wrapper&>().object = e->create();
             },
-            py::name("__init__"), py::is_method(cls), ("A new " + toUtf8(entry.name) + ".").c_str());
+            py::name("new_object"), ("A new " + toUtf8(entry.name) + ".").c_str());
+        PyObject* method = PyInstanceMethod_New(create.ptr());
+        if (!method) throw py::error_already_set();
+        cls.attr("__init__") = py::reinterpret_steal<py::object>(method);
         m.attr(toStr(entry.name)) = cls;
     }
 
