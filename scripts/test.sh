@@ -5,7 +5,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 preset="${1:-ci}"
 
-needed=(cmake g++ locales libgtest-dev libgmock-dev libbenchmark-dev pybind11-dev python3-dev)
+needed=(cmake g++ locales libgtest-dev libgmock-dev libbenchmark-dev pybind11-dev python3-dev pkg-config)
 missing=()
 for pkg in "${needed[@]}"; do
     dpkg-query -W -f='${Status}' "$pkg" 2>/dev/null | grep -q "install ok installed" || missing+=("$pkg")
