@@ -1,9 +1,12 @@
 #include "tylhart/external/CFlagArray.hpp"
 
+#include "tylhart/core/Limits.hpp"
+
 namespace tylhart {
 
 void CFlagArray::SetFlagCount(std::int32_t count) {
     if (count < 0) errors::raise(errors::Runtime::InvalidCall);
+    checkElements(count);
     flags_.resize(static_cast<std::size_t>(count), false);
 }
 

@@ -19,7 +19,8 @@ public:
     // A new array holds no flags; every flag a resize adds starts clear.
     std::int32_t FlagCount() const noexcept { return static_cast<std::int32_t>(flags_.size()); }
     // Keeps the flags below the new count. A negative count is the runtime's
-    // "Invalid procedure call or argument" (5), nothing changed.
+    // "Invalid procedure call or argument" (5), a count above MaxElements
+    // its "Out of memory" (7); either way nothing changed.
     void SetFlagCount(std::int32_t count);
 
     // An index outside 0 .. FlagCount - 1 is the runtime's "Subscript out of
