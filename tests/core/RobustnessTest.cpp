@@ -8,6 +8,8 @@
 #include "tylhart/containers/CDefinitionList.hpp"
 #include "tylhart/containers/CDefinitionSet.hpp"
 #include "tylhart/containers/CValueList.hpp"
+#include "tylhart/external/CCharBuffer.hpp"
+#include "tylhart/external/CFlagArray.hpp"
 #include "tylhart/variables/FlagClasses.hpp"
 
 namespace tylhart::test {
@@ -38,9 +40,9 @@ struct OversizedCall {
 std::string flagState(const Ref<Object>& a) { return text(get(a, 103)) + ":" + text(get(a, 102)); }
 std::string bufferState(const Ref<Object>& b) { return text(get(b, 101)); }
 const OversizedCall oversizedCalls[] = {
-    {"FlagCount = 2147483647", [] { return create(u"CFlagArray"); },
+    {"FlagCount = 2147483647", [] { return Ref<Object>(make<CFlagArray>()); },
      [](auto& a) { let(a, 103, INT32_MAX); }, flagState},
-    {"FlagCount one past the limit", [] { return create(u"CFlagArray"); },
+    {"FlagCount one past the limit", [] { return Ref<Object>(make<CFlagArray>()); },
      [](auto& a) { let(a, 103, PastLimit); }, flagState},
     {"Char(1703127690) with Size -1", [] { return charArray(-1, u"AB"); },
      [](auto& a) { let(a, u"Char", std::int32_t{1703127690}, std::uint8_t{65}); }, rendering},
@@ -48,11 +50,11 @@ const OversizedCall oversizedCalls[] = {
      [](auto& a) { get(a, DispIdValue); }, rendering},
     {"text write with a huge Size", [] { return charArray(Huge, u"AB"); },
      [](auto& a) { let(a, DispIdValue, u"CD"); }, rendering},
-    {"buffer read past the limit", [] { return create(u"CCharBuffer"); },
+    {"buffer read past the limit", [] { return Ref<Object>(make<CCharBuffer>()); },
      [](auto& b) { get(b, 205, std::int32_t{0}, PastLimit); }, bufferState},
-    {"buffer fill past the limit", [] { return create(u"CCharBuffer"); },
+    {"buffer fill past the limit", [] { return Ref<Object>(make<CCharBuffer>()); },
      [](auto& b) { let(b, 201, std::int32_t{0}, INT32_MAX, std::int32_t{65}); }, bufferState},
-    {"buffer text far out", [] { return create(u"CCharBuffer"); },
+    {"buffer text far out", [] { return Ref<Object>(make<CCharBuffer>()); },
      [](auto& b) { let(b, 205, PastLimit, std::int32_t{-1}, u"A"); }, bufferState},
 };
 
@@ -88,7 +90,7 @@ TEST(Robustness, CharArrayRenderingsFollowTheContentNotTheDeclaredSize) {
 }
 
 TEST(Robustness, BufferTextToNulStopsAtTheContent) {
-    auto b = create(u"CCharBuffer");
+    Ref<Object> b = make<CCharBuffer>();
     let(b, 205, std::int32_t{0}, std::int32_t{-1}, Text(u"AB\0C", 4));
     const struct {
         std::int32_t start, length;
@@ -131,7 +133,7 @@ TEST(Robustness, NestingBeyondTheDepthLimitIsOutOfStackSpace) {
     };
     for (const auto& c : calls) EXPECT_EQ(raised(c), OutOfStack);
     EXPECT_EQ(rendering(target), targetBefore);
-    EXPECT_EQ(text(menu->ToString(3)).substr(0, 13), "MENU{Label:, ");
+    EXPECT_EQ(text(menu->ToString(3)).substr(0, 5), "MENU{");  // shallow renderings still work
     menu->Items->Remove(Variant(std::int32_t{1}));  // breaks the cycle
 }
 
@@ -162,8 +164,9 @@ TEST(Robustness, RefusedFlagClassCopiesChangeNothing) {
         const Variant outputBefore = target->className() == u"CStatusClass" ? get(target, u"Output") : Variant();
         EXPECT_EQ(raised([&] { call(target, u"SetFromObject", source); }), InvalidCall);
         EXPECT_EQ(rendering(target), before);
-        if (outputBefore.isObject())
+        if (outputBefore.isObject()) {
             EXPECT_EQ(get(target, u"Output").toObject().get(), outputBefore.toObject().get());
+        }
     }
 }
 
