@@ -15,8 +15,10 @@ Ref<CResponseCode> CResponseCode::GetCopy() const {
 
 void CResponseCode::SetFromObject(const Ref<CResponseCode>& toCopy) {
     const CResponseCode& source = checked(toCopy);
-    Value = source.Value;
+    // The kind goes through its checked setter first: a source whose kind
+    // is refused (a new code's) changes nothing.
     SetKind(source.kind_);
+    Value = source.Value;
     Description = source.Description;
     Help = source.Help;
 }
