@@ -20,15 +20,10 @@ Ref<CTransaction> CTransaction::GetCopy() const {
 
 void CTransaction::SetFromObject(const Ref<CTransaction>& toCopy) {
     const CTransaction& source = checked(toCopy);
-    // Every copy is made before anything is assigned: a refused copy
-    // changes nothing.
-    auto request = checked(source.Request).GetCopy();
-    auto reply = checked(source.Reply).GetCopy();
-    auto responseCodes = checked(source.ResponseCodes).GetCopy();
     TNo = source.TNo;
-    Request = std::move(request);
-    Reply = std::move(reply);
-    ResponseCodes = std::move(responseCodes);
+    Request = checked(source.Request).GetCopy();
+    Reply = checked(source.Reply).GetCopy();
+    ResponseCodes = checked(source.ResponseCodes).GetCopy();
 }
 
 bool CTransaction::Compare(const Ref<CTransaction>& toCompare) const {
@@ -90,17 +85,11 @@ void CCommand::SetOperation(enumDDCommandOperationType newOperation) {
 
 void CCommand::SetFromObject(const Ref<CCommand>& toCopy) {
     const CCommand& source = checked(toCopy);
-    // Every copy is made and the definition's kind checked before anything
-    // is assigned: a refused copy changes nothing.
-    auto transactions = checked(source.Transactions).GetCopy();
-    auto responseCodes = checked(source.ResponseCodes).GetCopy();
-    Ref<CDefinition> definition = checked(source.Definition()).GetCopy();
-    requireKind(definition, ObjectKind, DefinitionSource);
-    SetOperation(source.operation_);
     Number = source.Number;
-    Transactions = std::move(transactions);
-    ResponseCodes = std::move(responseCodes);
-    SetDefinition(definition);
+    SetOperation(source.operation_);
+    Transactions = checked(source.Transactions).GetCopy();
+    ResponseCodes = checked(source.ResponseCodes).GetCopy();
+    copyDefinitionFrom(source);
     InRecursion = source.InRecursion;
 }
 

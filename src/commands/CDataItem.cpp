@@ -77,22 +77,16 @@ void CDataItem::SetFromObject(const Ref<CDataItem>& toCopy) {
     // Taken before Initialize, which resets this item's references: an item
     // copied into itself keeps its definition and variable.
     const enumDDDataItemType kind = source.kind_;
-    // The copies are made before anything changes, so a refused copy (too
-    // deep a nesting) leaves this item as it was.
-    Ref<CDefinition> definition;
-    Ref<CVariable> variable;
-    if (kind == dddiTDefinition) {
-        definition = source.definition_ ? source.definition_->GetCopy() : nullptr;
-        variable = source.variable_ ? source.variable_->GetCopy() : nullptr;
-    }
+    const Ref<CDefinition> definition = source.definition_;
+    const Ref<CVariable> variable = source.variable_;
     const Variant value = source.value_;
     Initialize(kind);
     Mask = source.Mask;
     Index = source.Index;
     Info = source.Info;
     if (kind == dddiTDefinition) {
-        definition_ = std::move(definition);
-        variable_ = std::move(variable);
+        definition_ = definition ? definition->GetCopy() : nullptr;
+        variable_ = variable ? variable->GetCopy() : nullptr;
     } else {
         value_ = value;
     }

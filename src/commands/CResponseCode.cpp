@@ -15,10 +15,8 @@ Ref<CResponseCode> CResponseCode::GetCopy() const {
 
 void CResponseCode::SetFromObject(const Ref<CResponseCode>& toCopy) {
     const CResponseCode& source = checked(toCopy);
-    // The kind goes through its checked setter first: a source whose kind
-    // is refused (a new code's) changes nothing.
-    SetKind(source.kind_);
     Value = source.Value;
+    SetKind(source.kind_);
     Description = source.Description;
     Help = source.Help;
 }

@@ -51,12 +51,14 @@ private:
     std::uint64_t state_;
 };
 
-// Members whose refusal may keep part of the copy: a variable copies field by
-// field, lists and merging sets keep the elements added before the refusal,
-// and a byte array sets Size before its bytes.
+// Members whose refusal may keep part of the copy, as their classes promise:
+// a variable, a data item, a response code, a transaction and a command copy
+// step by step and keep the steps done; lists and merging sets keep the
+// elements added before the refusal; a byte array sets Size before its bytes.
 bool partialChangeAllowed(const Text& cls, const Text& member) {
     if (member == u"SetFromObject")
-        return cls == u"CVariable" || cls.ends_with(u"List") || cls.ends_with(u"Set");
+        return cls == u"CVariable" || cls == u"CDataItem" || cls == u"CResponseCode" || cls == u"CTransaction" ||
+               cls == u"CCommand" || cls == u"CTransactionDef" || cls.ends_with(u"List") || cls.ends_with(u"Set");
     return member == u"SetFromByteArray" || member == u"Union";
 }
 

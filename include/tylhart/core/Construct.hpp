@@ -44,6 +44,12 @@ public:
 protected:
     Construct() : definition_(makeDefinition(u"unknown", Derived::ObjectKind)) {}
 
+    // The deep copy of the definition, through the checked setter.
+    void copyDefinitionFrom(const Derived& other) {
+        if (!other.definition_) errors::raise(errors::Runtime::ObjectNotSet);
+        SetDefinition(other.definition_->GetCopy());
+    }
+
     bool definitionEquals(const Derived& other) const {
         if (!definition_ || !other.definition_) return !definition_ && !other.definition_;
         return definition_->Compare(other.definition_);
