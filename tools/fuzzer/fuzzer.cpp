@@ -6,9 +6,9 @@
 //
 // For each call it checks that the outcome is a result or a tylhart::Error,
 // that a refused call leaves its target as it was (its deep rendering and its
-// plain properties), and that the call stays within the time budget. The
-// first phase never lets an object reach itself, so at its end every object
-// must be gone again. The second phase passes each target to itself, breaks
+// plain properties), and that the call stays within the time budget (of
+// processor time). The first phase never lets an object reach itself, so at
+// its end every object must be gone again. The second phase passes each target to itself, breaks
 // the cycles that makes, and checks again that nothing is left alive.
 // Exit status 0 when every check held, 1 otherwise.
 #include <chrono>
@@ -17,6 +17,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <exception>
 #include <limits>
 #include <string>
@@ -26,9 +27,15 @@
 #include "tylhart/core/Limits.hpp"
 
 using namespace tylhart;
-using Clock = std::chrono::steady_clock;
-
 namespace {
+
+// The calling thread's processor time: the budget holds on a loaded machine
+// as on an idle one, and a call that loops still exceeds it.
+std::chrono::microseconds cpuNow() {
+    timespec t{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &t);
+    return std::chrono::microseconds(static_cast<std::int64_t>(t.tv_sec) * 1000000 + t.tv_nsec / 1000);
+}
 
 // SplitMix64: the same sequence on every platform and standard library.
 class Random {
@@ -84,7 +91,7 @@ public:
         checkLive(baseline, "acyclic phase");
         runPhase(calls / 10, true);
         checkLive(baseline, "cycle phase");
-        std::printf("calls %zu, refused %zu, failures %zu, slowest %.1f ms (%s)\n", calls_, refused_, failures_,
+        std::printf("calls %zu, refused %zu, failures %zu, slowest %.1f ms of processor time (%s)\n", calls_, refused_, failures_,
                     slowest_.count() / 1000.0, slowestCall_.c_str());
         return failures_ == 0;
     }
@@ -176,7 +183,7 @@ private:
 
         std::string before;
         if (check) before = snapshot(target);
-        const auto start = Clock::now();
+        const auto start = cpuNow();
         bool refused = false;
         Variant result;
         std::string what;
@@ -189,7 +196,7 @@ private:
         } catch (...) {
             what = "an exception that is not tylhart::Error";
         }
-        const auto took = std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - start);
+        const auto took = cpuNow() - start;
         const std::string name = toUtf8(target->className() + u"." + m.name) + " (access " +
                                  std::to_string(static_cast<int>(access)) + ", " + std::to_string(args.size()) +
                                  " arguments)";
