@@ -17,6 +17,7 @@ cmake --workflow --preset coverage
 # Branches the compiler adds for exceptions are not decisions of the code,
 # so they are left out of the branch figure.
 gcovr --root . --object-directory build/coverage --filter 'src/' --filter 'include/' \
-      --exclude-throw-branches --exclude-unreachable-branches --print-summary \
+      --exclude-throw-branches --exclude-unreachable-branches --exclude-directories '.*CompilerId.*' \
+      --print-summary --branches \
       --txt build/coverage/coverage.txt -j 2 | tail -3
 echo "Per-file figures: build/coverage/coverage.txt"

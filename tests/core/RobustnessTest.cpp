@@ -99,6 +99,31 @@ TEST(Robustness, BufferTextToNulStopsAtTheContent) {
     for (const auto& r : rows) EXPECT_EQ(text(get(b, 208, r.start, r.length)), r.expected) << r.start;
 }
 
+// Odd texts at the UTF-8 edges: every malformed sequence becomes one U+FFFD
+// and the rest is read on; lone surrogates write as U+FFFD.
+TEST(Robustness, MalformedUtf8ReadsAsReplacementCharacters) {
+    const struct {
+        const char* in;
+        Text out;
+    } reads[] = {
+        {"A\x80" "B", u"A\xFFFD" "B"},          // lone continuation byte
+        {"\xC3", u"\xFFFD"},                   // cut two-byte sequence
+        {"\xC0\x80", u"\xFFFD"},               // overlong NUL
+        {"\xE0\x80\x80", u"\xFFFD"},           // overlong three-byte
+        {"\xED\xA0\x80", u"\xFFFD"},           // encoded surrogate
+        {"\xF0\x80\x80\x80", u"\xFFFD"},       // overlong four-byte
+        {"\xF4\x90\x80\x80", u"\xFFFD"},       // beyond U+10FFFF
+        {"\xF0\x9F\x98\x80", u"\xD83D\xDE00"},  // a pair
+        {"\xE2\x82\xAC\xC3\xA9", u"\x20AC\xE9"},
+    };
+    for (const auto& r : reads) EXPECT_EQ(fromUtf8(r.in), r.out) << r.in;
+    const struct {
+        Text in;
+        const char* out;
+    } writes[] = {{u"\xD800", "\xEF\xBF\xBD"}, {u"\xDC00" "A", "\xEF\xBF\xBD" "A"}, {u"\xD83D\xDE00", "\xF0\x9F\x98\x80"}};
+    for (const auto& w : writes) EXPECT_EQ(toUtf8(w.in), w.out);
+}
+
 TEST(Robustness, ReleasingAHundredThousandNestedListsDoesNotRecurse) {
     const std::size_t before = Object::liveObjects();
     {
