@@ -3,8 +3,6 @@
 // bound, by the identifiers below, so those identifiers are its interface.
 #pragma once
 
-#include <vector>
-
 #include "tylhart/core/Dispatch.hpp"
 
 namespace tylhart {
@@ -42,7 +40,9 @@ public:
 private:
     std::size_t checkedIndex(std::int32_t index) const;
 
-    std::vector<bool> flags_;
+    // Held in the text form itself ("0" and "1"): owners read and write the
+    // whole text to copy, compare and render, so that costs one copy of it.
+    Text flags_;
 };
 
 }  // namespace tylhart
