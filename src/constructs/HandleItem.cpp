@@ -29,8 +29,15 @@ void HandleItem<Derived>::SetFromObject(const Ref<Derived>& toCopy) {
     const Derived& source = checked(toCopy);
     // GetCopy on Nothing fails, as a definition or handle of Nothing would.
     Ref<CDefinition> definition = checked(source.Definition).GetCopy();
-    Ref<CObject> handle = checked(source.obj_).GetCopy();
-    self().copyOwnFrom(source);  // the one step that may still refuse
+    const Text ownBefore = self().ownState();
+    self().setOwnState(source.ownState());
+    Ref<CObject> handle;
+    try {
+        handle = checked(source.obj_).GetCopy();
+    } catch (...) {
+        self().setOwnState(ownBefore);  // this item's own text always fits it again
+        throw;
+    }
     Definition = std::move(definition);
     obj_ = std::move(handle);
 }
@@ -38,7 +45,7 @@ void HandleItem<Derived>::SetFromObject(const Ref<Derived>& toCopy) {
 template <class Derived>
 bool HandleItem<Derived>::Compare(const Ref<Derived>& toCompare) const {
     const Derived& other = checked(toCompare);
-    return checked(Definition).Compare(other.Definition) && self().ownEquals(other) &&
+    return checked(Definition).Compare(other.Definition) && self().ownState() == other.ownState() &&
            checked(obj_).Compare(other.obj_);
 }
 

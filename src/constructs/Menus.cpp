@@ -8,16 +8,6 @@ namespace tylhart {
 
 CMenuItem::CMenuItem() : qualification_(2) {}
 
-void CMenuItem::copyOwnFrom(const CMenuItem& source) {
-    // The array checks the whole text before it changes a flag, so a text
-    // that does not fit leaves this item's flags as they were.
-    qualification_.setText(source.qualification_.text());
-}
-
-bool CMenuItem::ownEquals(const CMenuItem& other) const {
-    return qualification_.text() == other.qualification_.text();
-}
-
 Text CMenuItem::ownDetails() const { return u", Qualification:" + qualification_.text(); }
 
 void CMenuItem::describeOwn(ClassBuilder<CMenuItem>& b) {

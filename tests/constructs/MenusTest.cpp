@@ -62,12 +62,18 @@ TEST(MenuItem, ReadOnlyAndReviewAreOneFlagCopiedByValueAndComparedBeforeTheHandl
     auto a = itemOn<CMenuItem>(broken()), b = itemOn<CMenuItem>(broken());
     b->SetQualification(ddmiqTReview, true);
     EXPECT_FALSE(a->Compare(b));  // the handles, which would raise, are never reached
-    // An array resized through the accessor no longer fits: its own error, and nothing is copied.
-    let(copy->GetQualificationObj(), CFlagArray::FlagCountId, std::int32_t{3});
+    // Flags are copied before the handle: an array resized through the accessor no longer fits
+    // (its own error, ahead of a handle that cannot copy); a handle that cannot copy puts the
+    // flags back. Nothing is copied either way.
+    const auto resized = itemOn<CMenuItem>(broken());
+    b->SetQualification(ddmiqTReview, false);
+    let(resized->GetQualificationObj(), CFlagArray::FlagCountId, std::int32_t{3});
     const auto handle = item->obj();
     const auto definition = item->Definition;
-    EXPECT_EQ(raised([&] { item->SetFromObject(copy); }), InvalidCall);
-    EXPECT_TRUE(item->obj() == handle && item->Definition == definition && flags(item) == "01");
+    for (const auto& [bad, error] : {std::pair{resized, InvalidCall}, std::pair{b, NotSet}}) {
+        EXPECT_EQ(raised([&] { item->SetFromObject(bad); }), error);
+        EXPECT_TRUE(item->obj() == handle && item->Definition == definition && flags(item) == "01");
+    }
 }
 
 template <class Item>

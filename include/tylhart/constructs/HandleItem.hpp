@@ -42,10 +42,11 @@ public:
 protected:
     HandleItem() : obj_(make<CObject>()) {}
 
-    // Hooks. copyOwnFrom runs after every copy is made and before anything
-    // is assigned; it may refuse, and must change nothing when it does.
-    void copyOwnFrom(const Derived&) {}
-    bool ownEquals(const Derived&) const { return true; }
+    // Hooks. What Derived adds is copied and compared as one text: a copy
+    // writes the source's text between the definition and the handle, so
+    // setOwnState may refuse and must change nothing when it does.
+    Text ownState() const { return Text(); }
+    void setOwnState(const Text&) {}
     Text ownDetails() const { return Text(); }
     static void describeOwn(ClassBuilder<Derived>&) {}
 

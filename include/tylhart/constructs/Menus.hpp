@@ -31,11 +31,12 @@ public:
         qualification_.setFlag(index, value);
     }
 
-    // Hooks of HandleItem: the flags are copied by their text, which must
-    // fit this item's array (an array resized through GetQualificationObj
-    // refuses it with the array's own error), and compared by their text.
-    void copyOwnFrom(const CMenuItem& source);
-    bool ownEquals(const CMenuItem& other) const;
+    // Hooks of HandleItem: the flags are copied and compared by their text,
+    // which must fit this item's array (an array resized through
+    // GetQualificationObj refuses it with the array's own error, before any
+    // flag changes).
+    Text ownState() const { return qualification_.text(); }
+    void setOwnState(const Text& text) { qualification_.setText(text); }
     Text ownDetails() const;
     static void describeOwn(ClassBuilder<CMenuItem>& b);
 
