@@ -119,18 +119,6 @@ TYPED_TEST(HandleItems, CopyIsDeepComparesTheHandleLastAndARefusedCopyChangesNot
     }
 }
 
-TEST(MenusAndEditDisplays, AHandleGivesTheConstructBackAsItsOwnClassOnly) {
-    const Ref<Object> menu = make<CMenu>(), display = make<CEditDisplay>();
-    for (const auto& [construct, accessor] : {std::pair{menu, u"MakeMenu"}, std::pair{display, u"MakeEditDisplay"}}) {
-        const Ref<Object> handle = call(construct, u"MakeObject").toObject();
-        for (const char16_t* className : TopLevelClassNames) {
-            const Text name = u"Make" + Text(className + 1);
-            if (name == accessor) EXPECT_EQ(call(handle, accessor).toObject(), construct);
-            else EXPECT_EQ(raised([&] { call(handle, name.c_str()); }), TypeMismatch);
-        }
-    }
-}
-
 TEST(MenusAndEditDisplays, CopiesAreDeepEveryComparedFieldMattersAndRefusedCopiesChangeNothing) {
     auto menu = made<CMenu>([](CMenu& m) { m.Label = u"L", m.SetReview(true), m.Items->Add(make<CMenuItem>()); });
     auto copy = menu->GetCopy();

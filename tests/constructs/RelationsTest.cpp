@@ -1,5 +1,8 @@
 #include "TestSupport.hpp"
 #include "tylhart/constructs/CMethod.hpp"
+#include "tylhart/constructs/Collections.hpp"
+#include "tylhart/constructs/EditDisplays.hpp"
+#include "tylhart/constructs/Menus.hpp"
 #include "tylhart/constructs/Relations.hpp"
 
 namespace tylhart::test {
@@ -21,8 +24,14 @@ Ref<CRefresh> refresh() {
 Ref<CWriteAsOne> writeAsOne() {
     return made<CWriteAsOne>([](CWriteAsOne& w) { w.Definition()->SetName(u"w"), w.Modified->Add(item()); });
 }
+Ref<CMethod> method() {
+    return made<CMethod>([](CMethod& m) {
+        m.Definition()->SetName(u"m"), m.Label = u"L", m.Help = u"H", m.Uid = 7;
+        m.Class->SetClassInfo(ddmCInput, true);
+    });
+}
 
-TEST(Relations, RenderExactly) {
+TEST(Constructs, RenderExactly) {
     expectRenderings({
         // UNIT prints the unit variable's definition after the tag, never its own.
         {unit, 0, nullptr},
@@ -40,9 +49,16 @@ TEST(Relations, RenderExactly) {
         {writeAsOne, 3, "WRITE_AS_ONE{Definition{Name:w, Kind:7}, InProgress:False, IsComplete:False, "
                         "Modified:DataItemList{Count:1, Items: { VariableItem{Definition{Name:pv}}}}}"},
         {item, 2, "VariableItem{Definition{Name:pv, Kind:0}, m_Variable:VARIABLE{Definition{Name:pv}}}"},
+        {make<CVariableItem>, 0, "VariableItem{Definition{Name:unknown}}"},
+        {method, 0, nullptr},
+        {method, 1, "METHOD{Definition{Name:m}}"},
+        // The definition keeps the method's own level; the class goes one down.
+        {method, 2, "METHOD{Definition{Name:m, Kind:4}, Label:L, Help:H, Validity:True, Uid:7, "
+                    "Class:MethodClass{Type:00100000000}}"},
+        {[] { return made<CMethod>([](CMethod& m) { m.Validity = false, m.Uid = -3, m.Class = nullptr; }); }, 3,
+         "METHOD{Definition{Name:unknown, Kind:4}, Label:, Help:, Validity:False, Uid:-3}"},
     });
     auto i = make<CVariableItem>();
-    EXPECT_EQ(text(i->ToString(0)), "VariableItem{Definition{Name:unknown}}");
     i->Definition = nullptr;  // the short form is built before the level is looked at
     EXPECT_EQ(raised([&] { i->ToString(2); }), NotSet);
 }
@@ -143,6 +159,22 @@ TEST(Relations, CompareOrderAndBlindSpots) {
     for (const auto& [compare, expected] : rows) EXPECT_EQ(raised([&] { EXPECT_FALSE(compare()); }), expected);
 }
 
+TEST(Method, CopyIsDeepAndCompareCoversEveryFieldInOrder) {
+    auto source = method(), copy = source->GetCopy();
+    EXPECT_TRUE(copy->Compare(source) && copy->Class != source->Class && copy->Definition() != source->Definition());
+    copy->Class->SetClassInfo(ddmCHart, true);
+    EXPECT_TRUE(!source->Class->ClassInfo(ddmCHart) && !copy->Compare(source));
+    expectEachChangeDiffers<CMethod>(method, {[](CMethod& m) { m.Label = u"l"; }, [](CMethod& m) { m.Help = u"h"; },
+        [](CMethod& m) { m.Validity = false; }, [](CMethod& m) { m.Uid = 8; },
+        [](CMethod& m) { m.Class->SetClassInfo(ddmCInput, false); }, [](CMethod& m) { m.Definition()->SetName(u""); }});
+    // Label is compared before Class, Class before the definition.
+    auto noClass = made<CMethod>([](CMethod& m) { m.Class = nullptr; });
+    EXPECT_FALSE(noClass->Compare(method()));
+    auto renamed = made<CMethod>([](CMethod& m) { m.Definition()->SetName(u"x"); });
+    EXPECT_EQ(raised([&] { noClass->Compare(renamed); }), NotSet);
+}
+
+// A handle gives each construct back, the same object, through its own class's accessor only.
 TEST(Constructs, AHandleHoldsEachConstructAndMembersAnswerTheirSlots) {
     auto u = make<CUnit>();
     auto r = make<CRefresh>();
@@ -150,11 +182,13 @@ TEST(Constructs, AHandleHoldsEachConstructAndMembersAnswerTheirSlots) {
     auto m = make<CMethod>();
     EXPECT_TRUE(u->MakeObject()->MakeUnit() == u && r->MakeObject()->MakeRefresh() == r &&
                 w->MakeObject()->MakeWriteAsOne() == w && m->MakeObject()->MakeMethod() == m);
-    for (const Ref<Object>& construct : std::initializer_list<Ref<Object>>{u, r, w, m}) {
+    for (const Ref<Object>& construct : std::initializer_list<Ref<Object>>{
+             u, r, w, m, make<CMenu>(), make<CEditDisplay>(), make<CCollection>(), make<CArray>()}) {
+        const Ref<Object> handle = call(construct, u"MakeObject").toObject();
         for (const char16_t* className : TopLevelClassNames) {
             const Text accessor = u"Make" + Text(className + 1);
-            EXPECT_EQ(raised([&] { call(call(construct, u"MakeObject").toObject(), accessor.c_str()); }),
-                      construct->className() == className ? NoError : TypeMismatch);
+            if (construct->className() == className) EXPECT_EQ(call(handle, accessor.c_str()).toObject(), construct);
+            else EXPECT_EQ(raised([&] { call(handle, accessor.c_str()); }), TypeMismatch);
         }
     }
     expectSlots(CUnit::staticClassInfo(), {{u"Reread", 0x40030000}, {u"Unit", 0x68030000}, {u"ToString", 0x60030006}});
