@@ -69,14 +69,12 @@ TEST(Registry, GuidsParseOnlyTheRegistryForms) {
 TEST(Registry, UnknownNamesAndIdentifiersRaise429AndCreateNothing) {
     const std::size_t before = Object::liveObjects();
     for (const char16_t* name : {u"TylHartTypes.CNothing", u"CDefinition", u"TylHartTypes.CDefinition ",
-                                 u"TylHartTypes._CDefinition", u"TylHartTypes", u""}) {
+                                 u"TylHartTypes._CDefinition", u"TylHartTypes", u""})
         EXPECT_EQ(raised([&] { CreateObject(name); }), CannotCreate) << toUtf8(name);
-    }
     // The type library's and an interface's identifier, a near miss, junk.
     for (const char16_t* id : {u"{016E9347-5C94-11D4-80BA-00E0291221F9}", u"{729158C8-9D51-4DB2-96AA-0E9801C2A6FB}",
-                               u"{65488EEC-01BE-11D5-8151-00E0291221F8}", u"TylHartTypes.CDefinition", u""}) {
+                               u"{65488EEC-01BE-11D5-8151-00E0291221F8}", u"TylHartTypes.CDefinition", u""})
         EXPECT_EQ(raised([&] { CreateObjectFromClsid(id); }), CannotCreate) << toUtf8(id);
-    }
     EXPECT_EQ(Object::liveObjects(), before);
 }
 
