@@ -7,10 +7,10 @@ import pydoc
 import unittest
 
 import tylharttypes as t
-from test_dispatch import ErrorRecordMixin, definition
+from test_dispatch import ErrorRecordMixin, definition, runtime
 
-SUBSCRIPT = (-2146828279, "TylHartTypes", "Subscript out of range")                      # 9
-MISSING_KEY = (-2146828283, "TylHartTypes", "Invalid procedure call or argument")         # 5
+SUBSCRIPT = runtime(9, "Subscript out of range")
+MISSING_KEY = runtime(5, "Invalid procedure call or argument")
 
 
 def filled(cls, *elements):
@@ -57,8 +57,7 @@ class Protocols(ErrorRecordMixin, unittest.TestCase):
                                        (self.set, "level", MISSING_KEY)]:
             with self.subTest(key=key):
                 self.assertRaisesRecord(record, container.__getitem__, key)
-        with self.assertRaises(TypeError):
-            self.d[1]
+        self.assertRaises(TypeError, lambda: self.d[1])
 
     def test_membership_by_key_on_sets_and_by_comparison_on_lists(self):
         enumerators = t.CEnumeratorSet()
