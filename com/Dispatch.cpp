@@ -25,7 +25,19 @@ Access accessOf(WORD flags) {
     return Access::Get;
 }
 
-class Wrapper final : public IDispatch, public ISupportErrorInfo, public IEnumVARIANT {
+// The type library written next to this DLL at registration.
+HRESULT typeInfoOf(const char16_t* guid, ITypeInfo** info) {
+    if (!info) return E_POINTER;
+    *info = nullptr;
+    ITypeLib* library = nullptr;
+    HRESULT hr = LoadTypeLibEx(typeLibraryPath().c_str(), REGKIND_NONE, &library);
+    if (FAILED(hr)) return hr;
+    hr = library->GetTypeInfoOfGuid(toGuid(guid), info);
+    library->Release();
+    return hr;
+}
+
+class Wrapper final : public IDispatch, public ISupportErrorInfo, public IProvideClassInfo, public IEnumVARIANT {
 public:
     explicit Wrapper(Ref<Object> object)
         : object_(std::move(object)),
@@ -46,6 +58,8 @@ public:
             *out = static_cast<IDispatch*>(this);
         else if (iid == IID_ISupportErrorInfo)
             *out = static_cast<ISupportErrorInfo*>(this);
+        else if (iid == IID_IProvideClassInfo && entry_)
+            *out = static_cast<IProvideClassInfo*>(this);
         else if (iid == IID_IEnumVARIANT && enumerator_)
             *out = static_cast<IEnumVARIANT*>(this);
         else
@@ -72,15 +86,8 @@ public:
         return S_OK;
     }
     HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT index, LCID, ITypeInfo** info) override {
-        if (!info) return E_POINTER;
-        *info = nullptr;
         if (index != 0 || !entry_) return DISP_E_BADINDEX;
-        ITypeLib* library = nullptr;
-        HRESULT hr = LoadTypeLibEx(typeLibraryPath().c_str(), REGKIND_NONE, &library);
-        if (FAILED(hr)) return hr;
-        hr = library->GetTypeInfoOfGuid(toGuid(entry_->iid), info);
-        library->Release();
-        return hr;
+        return typeInfoOf(entry_->iid, info);
     }
     HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR* names, UINT count, LCID, DISPID* ids) override {
         if (!names || !ids || count == 0) return E_INVALIDARG;
@@ -170,6 +177,10 @@ public:
     HRESULT STDMETHODCALLTYPE InterfaceSupportsErrorInfo(REFIID iid) override {
         return iid == IID_IDispatch || (entry_ && iid == toGuid(entry_->iid)) ? S_OK : S_FALSE;
     }
+
+    // IProvideClassInfo: the coclass, whose name scripting clients show as
+    // the object's type name.
+    HRESULT STDMETHODCALLTYPE GetClassInfo(ITypeInfo** info) override { return typeInfoOf(entry_->clsid, info); }
 
     // IEnumVARIANT, answered only by NewEnum's enumerators
     HRESULT STDMETHODCALLTYPE Next(ULONG count, VARIANT* items, ULONG* fetched) override {
