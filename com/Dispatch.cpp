@@ -115,6 +115,9 @@ public:
         if (riid != IID_NULL) return DISP_E_UNKNOWNINTERFACE;
         DISPPARAMS none{};
         if (!params) params = &none;
+        if (params->cNamedArgs > params->cArgs || (params->cArgs && !params->rgvarg) ||
+            (params->cNamedArgs && !params->rgdispidNamedArgs))
+            return E_INVALIDARG;
         SetErrorInfo(0, nullptr);
         const MemberInfo* m = object_->classInfo().find(static_cast<DispId>(id));
         if (!m) return DISP_E_MEMBERNOTFOUND;

@@ -52,8 +52,10 @@ automation::Guid fromGuid(const GUID& g) noexcept {
 std::wstring wstr(TextView t) { return std::wstring(t.begin(), t.end()); }
 
 Variant fromVariant(const VARIANT& v) {
+    // A reference to a Variant holds the value itself, never another
+    // reference to a Variant, so one step is all there is to follow.
     if (v.vt == (VT_BYREF | VT_VARIANT)) {
-        if (!v.pvarVal) mismatch();
+        if (!v.pvarVal || v.pvarVal->vt == (VT_BYREF | VT_VARIANT)) mismatch();
         return fromVariant(*v.pvarVal);
     }
     const bool ref = (v.vt & VT_BYREF) != 0;

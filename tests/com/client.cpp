@@ -272,7 +272,17 @@ void callsAndErrors() {
     check(legal.hr == S_OK && legal.result.boolVal == VARIANT_TRUE && size == 8, "by-reference write-back");
     sizeRef.vt = VT_EMPTY;  // points at a local
 
-    for (IDispatch* d : {variable, values, def}) d->Release();
+    // The default member answers dispatch identifier 0, for a put as well.
+    IDispatch* chars = createByName(L"TylHartTypes.CCharArray");
+    call(chars, L"Size", DISPATCH_PROPERTYPUT, {Var(4L)});
+    Var value(L"wxyz");
+    DISPID named = DISPID_PROPERTYPUT;
+    DISPPARAMS put{&value, &named, 1, 1};
+    check(chars->Invoke(DISPID_VALUE, IID_NULL, 0, DISPATCH_PROPERTYPUT, &put, nullptr, nullptr, nullptr) == S_OK &&
+              text(call(chars, L"ToString", DISPATCH_METHOD, {Var(2L)})) == "CharArray{Text:wxyz, Size:4}",
+          "default member let");
+
+    for (IDispatch* d : {chars, variable, values, def}) d->Release();
 }
 
 // Ok only when no object, factory or lock of the server is left.
