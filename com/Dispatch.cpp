@@ -121,39 +121,39 @@ public:
         SetErrorInfo(0, nullptr);
         const MemberInfo* m = object_->classInfo().find(static_cast<DispId>(id));
         if (!m) return DISP_E_MEMBERNOTFOUND;
-        const Access kind = accessOf(flags);
-        const bool put = kind == Access::Let || kind == Access::Set;
-
-        // Where each argument came from, in the caller's order, so by-reference
-        // arguments can be written back; the assigned value of a put goes last.
-        const UINT named = params->cNamedArgs, positional = params->cArgs - named;
-        std::vector<const VARIANT*> sources(positional, nullptr);
-        const VARIANT* assigned = nullptr;
-        for (UINT i = 0; i < positional; ++i) sources[i] = &params->rgvarg[params->cArgs - 1 - i];
-        for (UINT i = 0; i < named; ++i) {
-            const DISPID slot = params->rgdispidNamedArgs[i];
-            if (slot == DISPID_PROPERTYPUT && put) {
-                assigned = &params->rgvarg[i];
-                continue;
-            }
-            if (slot < 0 || static_cast<std::size_t>(slot) >= m->params.size()) {
-                if (argError) *argError = i;
-                return DISP_E_PARAMNOTFOUND;
-            }
-            if (static_cast<std::size_t>(slot) >= sources.size()) sources.resize(slot + 1, nullptr);
-            sources[slot] = &params->rgvarg[i];
-        }
-        if (put && !assigned && !sources.empty()) {  // a client that does not name the value
-            assigned = sources.back();
-            sources.pop_back();
-        }
-        if (assigned) sources.push_back(assigned);
-
-        std::vector<Variant> args(sources.size(), Variant(Missing{}));
+        // Nothing may leave a COM method as an exception.
         try {
-            for (std::size_t i = 0; i < sources.size(); ++i) {
-                if (sources[i]) args[i] = fromVariant(*sources[i]);
+            const Access kind = accessOf(flags);
+            const bool put = kind == Access::Let || kind == Access::Set;
+
+            // Where each argument came from, in the caller's order, so by-reference
+            // arguments can be written back; the assigned value of a put goes last.
+            const UINT named = params->cNamedArgs, positional = params->cArgs - named;
+            std::vector<const VARIANT*> sources(positional, nullptr);
+            const VARIANT* assigned = nullptr;
+            for (UINT i = 0; i < positional; ++i) sources[i] = &params->rgvarg[params->cArgs - 1 - i];
+            for (UINT i = 0; i < named; ++i) {
+                const DISPID slot = params->rgdispidNamedArgs[i];
+                if (slot == DISPID_PROPERTYPUT && put) {
+                    assigned = &params->rgvarg[i];
+                    continue;
+                }
+                if (slot < 0 || static_cast<std::size_t>(slot) >= m->params.size()) {
+                    if (argError) *argError = i;
+                    return DISP_E_PARAMNOTFOUND;
+                }
+                if (static_cast<std::size_t>(slot) >= sources.size()) sources.resize(slot + 1, nullptr);
+                sources[slot] = &params->rgvarg[i];
             }
+            if (put && !assigned && !sources.empty()) {  // a client that does not name the value
+                assigned = sources.back();
+                sources.pop_back();
+            }
+            if (assigned) sources.push_back(assigned);
+
+            std::vector<Variant> args(sources.size(), Variant(Missing{}));
+            for (std::size_t i = 0; i < sources.size(); ++i)
+                if (sources[i]) args[i] = fromVariant(*sources[i]);
             Variant out;
             try {
                 out = tylhart::invoke(*object_, static_cast<DispId>(id), kind, args);
