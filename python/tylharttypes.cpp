@@ -7,16 +7,19 @@
 #include <bit>
 #include <cstring>
 #include <string>
+#include <unordered_map>
 
 #include "tylhart/automation/Entry.hpp"
 #include "tylhart/automation/Registry.hpp"
 #include "tylhart/automation/TypeLibrary.hpp"
+#include "Signatures.hpp"
 
 namespace py = pybind11;
 
 namespace {
 
 using namespace tylhart;
+using python::requiredCount;
 
 // ---- Values without a Python twin ------------------------------------------
 
@@ -29,16 +32,22 @@ struct MissingValue {};
 struct Globals {
     py::object empty, null, missing;
     py::object errorType;
+    py::object baseType;   // tylharttypes.Object
+    py::object token;      // lets only this module run Object.__init__
+    std::unordered_map<const ClassInfo*, py::object> types;  // one Python class per class
 };
 Globals& globals() {
     static Globals* g = new Globals;
     return *g;
 }
 
-// An object of the library as Python sees it.
+// An object of the library as Python sees it. Its Python type is the
+// class's own subclass of tylharttypes.Object.
 struct Wrapper {
     Ref<Object> object;
 };
+
+py::object pythonClass(const ClassInfo& info);
 
 // A member read as an attribute that needs arguments: a method, a
 // parameterised property, or the "SetX" writer of property X.
@@ -83,7 +92,12 @@ py::str toStr(TextView t) {
 
 py::object wrap(Ref<Object> o) {
     if (!o) return py::none();
-    return py::cast(Wrapper{std::move(o)});
+    const Globals& g = globals();
+    py::object type = pythonClass(o->classInfo());
+    py::object instance = type.attr("__new__")(type);
+    g.baseType.attr("__init__")(instance, g.token);
+    instance.cast<Wrapper&>().object = std::move(o);
+    return instance;
 }
 
 py::object toPython(const Variant& v) {
@@ -156,45 +170,59 @@ void raiseAsPython(const Error& e) {
 
 // ---- Calls ------------------------------------------------------------------
 
-bool isRequired(const ParamInfo& p) { return !p.optional && p.defaultValue.isMissing(); }
-
-std::size_t requiredCount(const MemberInfo& m) {
-    std::size_t n = 0;
-    for (const ParamInfo& p : m.params) n += isRequired(p) ? 1 : 0;
-    return n;
-}
-
 // Objects (and Nothing) are assigned with set, everything else with let.
 Access putKind(const Variant& value) { return value.isObject() ? Access::Set : Access::Let; }
 
 std::string className(const Object& o) { return toUtf8(o.className()); }
 
+std::string memberName(const BoundMember& b) {
+    return (b.kind == Access::Let ? "Set" : "") + toUtf8(b.member->name);
+}
+
+// Positional arguments first, then keywords by parameter name (ignoring
+// case, as every name of the library does); gaps count as left out. A
+// writer takes its value as the last positional argument.
 py::object callMember(const BoundMember& b, py::args args, py::kwargs kwargs) {
+    const MemberInfo& m = *b.member;
+    const std::size_t accepted = m.params.size() + (b.kind == Access::Let ? 1 : 0);
+    if (args.size() > accepted)
+        throw py::type_error(memberName(b) + "() takes at most " + std::to_string(accepted) + " argument" +
+                             (accepted == 1 ? "" : "s") + " (" + std::to_string(args.size()) + " given)");
     std::vector<Variant> values;
-    values.reserve(args.size());
+    values.reserve(accepted);
     for (py::handle a : args) values.push_back(fromPython(a));
-    // Named arguments take the position of their parameter; the gaps they
-    // leave count as left out.
     for (auto [key, value] : kwargs) {
         Text name = toText(key);
         std::size_t i = 0;
-        while (i < b.member->params.size() && !equalsIgnoringCase(b.member->params[i].name, name)) ++i;
-        if (i == b.member->params.size() || b.kind == Access::Let)
-            throw py::type_error(toUtf8(b.member->name) + "() got an unexpected keyword argument '" + toUtf8(name) +
-                                 "'");
+        while (i < m.params.size() && !equalsIgnoringCase(m.params[i].name, name)) ++i;
+        if (i == m.params.size() || b.kind == Access::Let)
+            throw py::type_error(memberName(b) + "() got an unexpected keyword argument '" + toUtf8(name) + "'");
         if (i < values.size() && !values[i].isMissing())
-            throw py::type_error(toUtf8(b.member->name) + "() got multiple values for argument '" +
-                                 toUtf8(name) + "'");
+            throw py::type_error(memberName(b) + "() got multiple values for argument '" + toUtf8(name) + "'");
         if (values.size() <= i) values.resize(i + 1, Variant(Missing{}));
         values[i] = fromPython(value);
     }
+    // Every by-reference parameter gets a place to write its value into,
+    // even when the caller left it out.
+    const bool byRef = python::hasByRef(m) && b.kind != Access::Let;
+    if (byRef) {
+        std::size_t last = m.params.size();
+        while (!m.params[last - 1].byRef) --last;
+        if (values.size() < last) values.resize(last, Variant(Missing{}));
+    }
     Access kind = b.kind;
     if (kind == Access::Let && !values.empty()) kind = putKind(values.back());
-    Variant result = invoke(*b.object, b.member->id, kind, values);
+    Variant result = invoke(*b.object, m.id, kind, values);
     // Writers and members without a result answer None, as a Python
     // function does.
-    if (b.kind == Access::Let || (b.kind == Access::Method && b.member->type.empty())) return py::none();
-    return toPython(result);
+    py::object out = b.kind == Access::Let || (b.kind == Access::Method && m.type.empty()) ? py::none()
+                                                                                            : toPython(result);
+    if (!byRef) return out;
+    py::list all;
+    all.append(out);
+    for (std::size_t i = 0; i < m.params.size(); ++i)
+        if (m.params[i].byRef) all.append(toPython(values[i]));
+    return py::tuple(all);
 }
 
 py::object getAttribute(const Wrapper& self, const py::str& name) {
@@ -240,6 +268,114 @@ std::size_t length(const Wrapper& self) {
     if (!count) throw py::type_error("object of type '" + className(*self.object) + "' has no len()");
     std::int32_t n = invoke(*self.object, count->id, Access::Get).toLong();
     return n < 0 ? 0 : static_cast<std::size_t>(n);
+}
+
+// Calls a member by name with these arguments, as Python would.
+py::object callByName(const Wrapper& self, const MemberInfo& m, std::vector<Variant> args) {
+    return toPython(invoke(*self.object, m.id, m.get ? Access::Get : Access::Method, args));
+}
+
+const MemberInfo& requireMember(const Wrapper& self, const char16_t* name, const char* what) {
+    const MemberInfo* m = self.object->classInfo().find(name);
+    if (!m) throw py::type_error("'" + className(*self.object) + "' object " + what);
+    return *m;
+}
+
+// The arguments a key stands for: a tuple gives several.
+std::vector<Variant> keyArguments(py::handle key) {
+    std::vector<Variant> out;
+    if (py::isinstance<py::tuple>(key))
+        for (py::handle k : py::reinterpret_borrow<py::tuple>(key)) out.push_back(fromPython(k));
+    else out.push_back(fromPython(key));
+    return out;
+}
+
+bool isPosition(py::handle key) { return PyLong_Check(key.ptr()) && !PyBool_Check(key.ptr()); }
+
+// obj[i] with an int is Item(i), counted from 1 as the model counts; any
+// other key goes to FindItem, so sets are indexed by their key.
+py::object getItem(const Wrapper& self, py::handle key) {
+    if (isPosition(key) || !self.object->classInfo().find(u"FindItem"))
+        return callByName(self, requireMember(self, u"Item", "is not subscriptable"), keyArguments(key));
+    return callByName(self, requireMember(self, u"FindItem", "is not subscriptable"), keyArguments(key));
+}
+
+bool isMissingKey(const Error& e) { return e.number() == errors::numberOf(errors::Runtime::InvalidCall); }
+
+// `x in obj`: a set answers by key (IsInSet for an element, FindItem for a
+// key; an absent key is False), a list by the element class's comparison (FindFirst); anything else
+// iterable compares what it hands out.
+bool contains(const Wrapper& self, py::handle x) {
+    const ClassInfo& info = self.object->classInfo();
+    const MemberInfo* isInSet = info.find(u"IsInSet");
+    const MemberInfo* findItem = info.find(u"FindItem");
+    if (isInSet && (py::isinstance<Wrapper>(x) || !findItem)) {
+        try {
+            return callByName(self, *isInSet, keyArguments(x)).cast<bool>();
+        } catch (const Error& e) {
+            // An object that is no element may still be a key (a definition
+            // for a set of handles).
+            if (!findItem || e.number() != errors::numberOf(errors::Runtime::TypeMismatch)) throw;
+        }
+    }
+    if (findItem) {
+        try {
+            return !callByName(self, *findItem, keyArguments(x)).is_none();
+        } catch (const Error& e) {
+            if (isMissingKey(e)) return false;
+            throw;
+        }
+    }
+    if (const MemberInfo* findFirst = info.find(u"FindFirst"))
+        return callByName(self, *findFirst, {fromPython(x)}).cast<std::int32_t>() != -1;
+    for (py::handle item : iterate(self))
+        if (item.equal(x)) return true;
+    return false;
+}
+
+// repr(): the class name and the level-1 rendering, or the class name alone
+// where there is no rendering (repr must not raise).
+std::string representation(const Wrapper& self) {
+    std::string out = "<" + className(*self.object);
+    if (const MemberInfo* toString = self.object->classInfo().find(u"ToString")) {
+        try {
+            std::vector<Variant> level{Variant(std::int16_t{1})};
+            Variant v = invoke(*self.object, toString->id, toString->get ? Access::Get : Access::Method, level);
+            if (v.type() == VarType::String) out += " " + toUtf8(*v.get<Text>());
+        } catch (const Error&) {
+        }
+    }
+    return out + ">";
+}
+
+// str(): the rendering at the class's default level; repr() for a class
+// without one, as Python's own default is.
+py::object render(const Wrapper& self) {
+    const MemberInfo* toString = self.object->classInfo().find(u"ToString");
+    if (!toString) return py::str(representation(self));
+    return callByName(self, *toString, {});
+}
+
+// The Python class of a library class: a subclass of tylharttypes.Object
+// whose docstring and properties come from the member description, so
+// help(), dir() and isinstance work. Made once per class, on first use.
+py::object pythonClass(const ClassInfo& info) {
+    Globals& g = globals();
+    if (auto found = g.types.find(&info); found != g.types.end()) return found->second;
+    py::dict namespace_;
+    namespace_["__doc__"] = python::classDoc(info);
+    namespace_["__module__"] = "tylharttypes";
+    namespace_["__slots__"] = py::tuple();  // every attribute is a member of the library
+    py::object property = py::module_::import("builtins").attr("property");
+    for (const MemberInfo& m : info.members()) {
+        const py::str name = toStr(m.name);
+        py::cpp_function get([name](const Wrapper& self) { return getAttribute(self, name); });
+        namespace_[name] = property(get, py::none(), py::none(), python::memberDoc(m));
+    }
+    py::object type = py::type::of<Wrapper>();
+    py::object cls = py::module_::import("builtins").attr("type")(toStr(info.name()), py::make_tuple(type), namespace_);
+    g.types.emplace(&info, cls);
+    return cls;
 }
 
 // ---- Value classes -----------------------------------------------------------
@@ -308,11 +444,23 @@ PYBIND11_MODULE(tylharttypes, m) {
         .def("__eq__", [](const Date& a, const Date& b) { return a == b; })
         .def("__hash__", [](const Date& d) { return std::hash<double>{}(d.days); });
 
-    py::class_<Wrapper>(m, "Object")
+    g.token = py::capsule(&g, "tylharttypes.token");
+    py::class_<Wrapper> base(m, "Object",
+                             "The base of every class of the library. Members are read, written and called by "
+                             "name through the dispatch layer; see each class's help().");
+    g.baseType = base;
+    base.def(py::init([](py::handle token) {
+                 if (!token.is(globals().token))
+                     throw py::type_error("tylharttypes.Object cannot be created; create a class such as CDefinition");
+                 return Wrapper{};
+             }))
         .def("__getattr__", &getAttribute)
         .def("__setattr__", &setAttribute)
         .def("__len__", &length)
         .def("__iter__", &iterate)
+        .def("__getitem__", &getItem)
+        .def("__contains__", &contains)
+        .def("__str__", &render)
         .def("__bool__", [](const Wrapper&) { return true; })  // not Count: a reference is never false
         .def("__eq__",
              [](const Wrapper& a, py::handle b) -> py::object {
@@ -326,14 +474,11 @@ PYBIND11_MODULE(tylharttypes, m) {
                  for (const MemberInfo& mi : w.object->classInfo().members()) names.append(toStr(mi.name));
                  return names;
              })
-        .def("__repr__", [](const Wrapper& w) {
-            char address[32];
-            std::snprintf(address, sizeof address, "%p", static_cast<const void*>(w.object.get()));
-            return "<tylharttypes." + className(*w.object) + " object at " + address + ">";
-        });
+        .def("__repr__", &representation);
 
     py::class_<BoundMember>(m, "Member")
         .def("__call__", &callMember)
+        .def_property_readonly("__doc__", [](const BoundMember& b) { return python::memberDoc(*b.member); })
         .def("__repr__", [](const BoundMember& b) {
             const char* prefix = b.kind == Access::Let ? "Set" : "";
             return "<member " + className(*b.object) + "." + prefix + toUtf8(b.member->name) + ">";
@@ -354,12 +499,23 @@ PYBIND11_MODULE(tylharttypes, m) {
         "CreateObjectFromClsid", [](const py::str& clsid) { return wrap(automation::CreateObjectFromClsid(toText(clsid))); },
         py::arg("clsid"), "A new object of the class with this class identifier.");
 
-    // One constructor per class that is built.
+    // One Python class per class that is built; calling it makes a new object.
     for (const automation::ClassEntry& entry : automation::classes()) {
         if (!entry.built()) continue;
         const automation::ClassEntry* e = &entry;
-        m.def(toUtf8(entry.name).c_str(), [e] { return wrap(e->create()); },
-              ("A new " + toUtf8(entry.name) + ".").c_str());
+        py::object cls = pythonClass(entry.classInfo());
+        // A plain function bound as a method, not a pybind11 constructor:
+        // the base's own __init__ makes the wrapper, this one fills it.
+        py::cpp_function create(
+            [e](py::handle self) {
+                globals().baseType.attr("__init__")(self, globals().token);
+                self.cast<Wrapper&>().object = e->create();
+            },
+            py::name("new_object"), ("A new " + toUtf8(entry.name) + ".").c_str());
+        PyObject* method = PyInstanceMethod_New(create.ptr());
+        if (!method) throw py::error_already_set();
+        cls.attr("__init__") = py::reinterpret_steal<py::object>(method);
+        m.attr(toStr(entry.name)) = cls;
     }
 
     m.def("DllCanUnloadNow", [] { return ::DllCanUnloadNow(); },

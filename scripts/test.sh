@@ -20,7 +20,7 @@ install_missing() {
     $sudo_cmd apt-get update -q && DEBIAN_FRONTEND=noninteractive $sudo_cmd apt-get install -y -q "${missing[@]}"
 }
 
-install_missing cmake g++ locales libgtest-dev libgmock-dev libbenchmark-dev pybind11-dev python3-dev
+install_missing cmake g++ locales libgtest-dev libgmock-dev libbenchmark-dev pybind11-dev python3-dev pkg-config
 
 cmake --workflow --preset "$preset"
 

@@ -1,5 +1,7 @@
 #include "tylhart/core/Dispatch.hpp"
 
+#include "tylhart/core/Limits.hpp"
+
 namespace tylhart {
 
 bool MemberInfo::has(Access a) const {
@@ -71,6 +73,9 @@ Variant invokeMember(Object& target, const MemberInfo* m, Access kind, Args args
     const Invoker* fn = accessor(*m, kind);
     if (!fn) errors::raise(errors::Runtime::NoSuchMember);
     if ((kind == Access::Let || kind == Access::Set) && args.empty()) detail::raiseArgumentCount();
+    // Late-bound calls nest when one object renders, copies or compares
+    // another through its members; the guard bounds that nesting.
+    DepthGuard nested;
     return (*fn)(target, args);
 }
 

@@ -21,8 +21,10 @@ Text descriptionOf(Runtime code) {
     switch (code) {
         case Runtime::InvalidCall: return u"Invalid procedure call or argument";
         case Runtime::Overflow: return u"Overflow";
+        case Runtime::OutOfMemory: return u"Out of memory";
         case Runtime::SubscriptOutOfRange: return u"Subscript out of range";
         case Runtime::TypeMismatch: return u"Type mismatch";
+        case Runtime::OutOfStackSpace: return u"Out of stack space";
         case Runtime::ObjectNotSet: return u"Object variable or With block variable not set";
         case Runtime::InvalidUseOfNull: return u"Invalid use of Null";
         case Runtime::CannotCreateObject: return u"ActiveX component can't create object";

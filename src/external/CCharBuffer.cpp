@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <limits>
 
+#include "tylhart/core/Limits.hpp"
+
 namespace tylhart {
 
 namespace {
@@ -13,9 +15,11 @@ void checkPosition(std::int32_t position) {
     if (position < 0) errors::raise(errors::Runtime::SubscriptOutOfRange);
 }
 
-// The content's new length, which must stay a Long.
+// The content's new length, which must stay a Long and within the
+// library's element limit.
 std::size_t checkedEnd(std::int64_t end) {
     if (end > MaxCount) errors::raise(errors::Runtime::Overflow);
+    checkElements(end);
     return static_cast<std::size_t>(end);
 }
 
@@ -27,6 +31,7 @@ Text CCharBuffer::Contents(std::int32_t start, std::int32_t length) const {
     const std::size_t from = static_cast<std::size_t>(start);
     const std::size_t count =
         length == -1 ? (from < bytes_.size() ? bytes_.size() - from : 0) : static_cast<std::size_t>(length);
+    checkElements(static_cast<std::int64_t>(count));
     Text out(count, u'\0');
     for (std::size_t i = 0; i < count && from + i < bytes_.size(); ++i) out[i] = bytes_[from + i];
     return out;
@@ -46,9 +51,16 @@ void CCharBuffer::SetContents(std::int32_t start, std::int32_t length, const Tex
 }
 
 Text CCharBuffer::TextToNul(std::int32_t start, std::int32_t length) const {
-    Text out = Contents(start, length);
-    out.resize(std::min(out.size(), out.find(u'\0')));
-    return out;
+    checkPosition(start);
+    if (length < -1) errors::raise(errors::Runtime::InvalidCall);
+    // Places past the content read as NUL, so the text always ends within
+    // the stored bytes: the work follows the content, not Length.
+    const std::size_t from = std::min(static_cast<std::size_t>(start), bytes_.size());
+    std::size_t end = bytes_.size();
+    if (length != -1) end = std::min(end, from + static_cast<std::size_t>(length));
+    const auto first = bytes_.begin() + static_cast<std::ptrdiff_t>(from);
+    const auto nul = std::find(first, bytes_.begin() + static_cast<std::ptrdiff_t>(end), std::uint8_t{0});
+    return Text(first, nul);
 }
 
 std::int32_t CCharBuffer::Char(std::int32_t index, std::int32_t length) const {

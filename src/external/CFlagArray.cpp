@@ -1,10 +1,13 @@
 #include "tylhart/external/CFlagArray.hpp"
 
+#include "tylhart/core/Limits.hpp"
+
 namespace tylhart {
 
 void CFlagArray::SetFlagCount(std::int32_t count) {
     if (count < 0) errors::raise(errors::Runtime::InvalidCall);
-    flags_.resize(static_cast<std::size_t>(count), false);
+    checkElements(count);
+    flags_.resize(static_cast<std::size_t>(count), u'0');
 }
 
 std::size_t CFlagArray::checkedIndex(std::int32_t index) const {
@@ -12,22 +15,17 @@ std::size_t CFlagArray::checkedIndex(std::int32_t index) const {
     return static_cast<std::size_t>(index);
 }
 
-bool CFlagArray::Flag(std::int32_t index) const { return flags_[checkedIndex(index)]; }
+bool CFlagArray::Flag(std::int32_t index) const { return flags_[checkedIndex(index)] == u'1'; }
 
-void CFlagArray::SetFlag(std::int32_t index, bool value) { flags_[checkedIndex(index)] = value; }
+void CFlagArray::SetFlag(std::int32_t index, bool value) { flags_[checkedIndex(index)] = value ? u'1' : u'0'; }
 
-Text CFlagArray::FlagText() const {
-    Text out;
-    out.reserve(flags_.size());
-    for (bool f : flags_) out.push_back(f ? u'1' : u'0');
-    return out;
-}
+Text CFlagArray::FlagText() const { return flags_; }
 
 void CFlagArray::SetFlagText(const Text& text) {
     if (text.size() != flags_.size()) errors::raise(errors::Runtime::InvalidCall);
     for (char16_t c : text)
         if (c != u'0' && c != u'1') errors::raise(errors::Runtime::TypeMismatch);
-    for (std::size_t i = 0; i < text.size(); ++i) flags_[i] = text[i] == u'1';
+    flags_ = text;
 }
 
 const ClassInfo& CFlagArray::staticClassInfo() {

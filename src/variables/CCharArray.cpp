@@ -3,6 +3,7 @@
 #include <limits>
 #include <string>
 
+#include "tylhart/core/Limits.hpp"
 #include "tylhart/external/CCharBuffer.hpp"
 
 namespace tylhart {
@@ -29,6 +30,9 @@ Text CCharArray::text() const {
 }
 
 void CCharArray::SetText(const Text& newText) {
+    // A fixed size beyond the element limit is refused before the padding
+    // is built; the buffer refuses the same for a text without one.
+    if (Size >= 1) checkElements(Size);
     Text stored = newText;
     if (Size >= 1) stored.resize(static_cast<std::size_t>(Size), u'\0');
     // One place more than the characters, for the closing NUL.

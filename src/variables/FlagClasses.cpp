@@ -116,9 +116,11 @@ void COutputStatusClass::SetKind(enumDDOutputStatusClass newKind) {
 
 void COutputStatusClass::SetFromObject(const Ref<COutputStatusClass>& toCopy) {
     const COutputStatusClass& source = checked(toCopy);
-    SetKind(source.kind_);
-    Range = source.Range;
+    // The flags are the one step that can fail (a source array of another
+    // count), so they go first and a refused copy changes nothing.
     setFlagText(source.flagText());
+    kind_ = source.kind_;
+    Range = source.Range;
 }
 
 bool COutputStatusClass::Compare(const Ref<COutputStatusClass>& toCompare) const {
@@ -157,9 +159,8 @@ CStatusClass::~CStatusClass() = default;
 void CStatusClass::SetFromObject(const Ref<CStatusClass>& toCopy) {
     const CStatusClass& source = checked(toCopy);
     Ref<COutputStatusClassSet> output = checked(source.Output).GetCopy();
-    Text flags = source.flagText();
+    setFlagText(source.flagText());
     Output = std::move(output);
-    setFlagText(flags);
 }
 
 bool CStatusClass::Compare(const Ref<CStatusClass>& toCompare) const {

@@ -31,7 +31,8 @@ public:
 protected:
     // Label and count; above level 1 ", Items: {", each element one level
     // down, "}"; then "}". A failing element rendering is skipped and the
-    // rest still print.
+    // rest still print; only nesting too deep fails the whole rendering,
+    // since a cut-off text would pass for a complete one.
     Text render(std::int16_t infoLevel) const {
         Text out = Text(Derived::Label) + decimal(Count());
         if (infoLevel > 1) {
@@ -39,7 +40,8 @@ protected:
             store_.forEach([&](const Element& e) {
                 try {
                     out += ElementOps<Element>::renderItem(e, static_cast<std::int16_t>(infoLevel - 1));
-                } catch (const Error&) {
+                } catch (const Error& e) {
+                    if (e.number() == errors::numberOf(errors::Runtime::OutOfStackSpace)) throw;
                 }
             });
             out += u"}";

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "tylhart/core/Dispatch.hpp"
+#include "tylhart/core/Limits.hpp"
 
 namespace tylhart {
 
@@ -25,6 +26,7 @@ inline Text boolText(bool value) { return value ? u"True" : u"False"; }
 template <class C>
 Text childText(const char16_t* label, const Ref<C>& child, std::int16_t infoLevel) {
     if (!child) return Text();
+    DepthGuard nested;
     return label + concatText(child->ToString(childLevel(infoLevel)));
 }
 
@@ -33,6 +35,7 @@ Text childText(const char16_t* label, const Ref<C>& child, std::int16_t infoLeve
 template <class C>
 bool childrenEqual(const Ref<C>& mine, const Ref<C>& theirs) {
     if (!mine || !theirs) return !mine && !theirs;
+    DepthGuard nested;
     return mine->Compare(theirs);
 }
 
@@ -43,16 +46,19 @@ template <class C>
 struct ElementOps<Ref<C>> {
     static Ref<C> copy(const Ref<C>& e) {
         if (!e) errors::raise(errors::Runtime::ObjectNotSet);
+        DepthGuard nested;
         return e->GetCopy();
     }
     // Probe.Compare(element): the element class's full comparison.
     static bool equal(const Ref<C>& probe, const Ref<C>& element) {
         if (!probe) errors::raise(errors::Runtime::ObjectNotSet);
+        DepthGuard nested;
         return probe->Compare(element);
     }
     // One item of a container rendering: a blank and the element's text.
     static Text renderItem(const Ref<C>& e, std::int16_t level) {
         if (!e) errors::raise(errors::Runtime::ObjectNotSet);
+        DepthGuard nested;
         return u" " + concatText(e->ToString(level));
     }
     static Variant toVariant(const Ref<C>& e) { return Variant(Ref<Object>(e)); }

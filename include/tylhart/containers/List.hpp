@@ -41,21 +41,19 @@ public:
         return -1;
     }
 
-    // Deep copy that replaces the content. A kind refused while re-adding
-    // leaves the elements copied so far; the earlier content is gone.
+    // Deep copy that replaces the content. The elements are copied before
+    // anything changes, so a copy that fails (Nothing stored, nesting too
+    // deep) leaves the list as it was; a kind refused while re-adding leaves
+    // the elements added so far, and the earlier content is gone.
     void SetFromObject(const Ref<Derived>& toCopy) {
         if (!toCopy) errors::raise(errors::Runtime::ObjectNotSet);
+        std::vector<Element> copies;
+        copies.reserve(toCopy->store_.size());
+        toCopy->store_.forEach([&](const Element& e) { copies.push_back(ElementOps<Element>::copy(e)); });
         self().copyHeaderFrom(*toCopy);
-        if (toCopy.get() == &self()) {
-            // Copying a list into itself: take the elements before discarding.
-            KeyedStore<Element> old = store_;
-            store_.clear();
-            old.forEach([&](const Element& e) { Add(ElementOps<Element>::copy(e)); });
-            return;
-        }
         store_.clear();
-        store_.reserve(toCopy->store_.size());
-        toCopy->store_.forEach([&](const Element& e) { Add(ElementOps<Element>::copy(e)); });
+        store_.reserve(copies.size());
+        for (const Element& e : copies) Add(e);
     }
 
     bool Compare(const Ref<Derived>& toCompare) const {

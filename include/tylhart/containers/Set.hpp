@@ -33,8 +33,12 @@ public:
         self().accepted(newElement);
     }
 
-    // Replaces an element with the same key and moves it to the end.
+    // Replaces an element with the same key and moves it to the end. The
+    // new element is checked before the stored one goes, so a refused
+    // element leaves the set as it was.
     void Insert(const Element& newElement) {
+        self().check(newElement);
+        (void)Derived::keyText(newElement);
         Remove(newElement);
         Add(newElement);
     }

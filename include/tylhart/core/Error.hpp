@@ -52,8 +52,10 @@ inline constexpr char16_t NoCompatibleDefinition[] = u"No compatible Definition!
 enum class Runtime : std::uint16_t {
     InvalidCall = 5,          // "Invalid procedure call or argument" (missing key)
     Overflow = 6,
+    OutOfMemory = 7,          // a size or count beyond the library's limit
     SubscriptOutOfRange = 9,  // bad position, bad array index
     TypeMismatch = 13,
+    OutOfStackSpace = 28,     // nesting deeper than the library's limit
     ObjectNotSet = 91,        // call on Nothing
     InvalidUseOfNull = 94,
     CannotCreateObject = 429, // unknown or unbuilt class

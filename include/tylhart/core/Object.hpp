@@ -6,6 +6,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "tylhart/core/Limits.hpp"
 #include "tylhart/core/Text.hpp"
 
 namespace tylhart {
@@ -26,7 +27,7 @@ public:
 
     void addRef() const noexcept { ++references_; }
     void release() const noexcept {
-        if (--references_ == 0) delete this;
+        if (--references_ == 0) destroy(this);
     }
 
     // Objects of the library alive in this process (the "can unload" answer).
@@ -36,7 +37,14 @@ protected:
     Object() noexcept;
 
 private:
+    // Deletes without recursing: an object whose last reference drops while
+    // another is being deleted waits on a per-thread list that the outermost
+    // call empties, so a chain of any depth is released in constant stack.
+    static void destroy(const Object* object) noexcept;
+
     mutable std::uint32_t references_ = 0;
+    // The next object waiting for deletion, while this one waits itself.
+    mutable const Object* nextPending_ = nullptr;
 };
 
 // Intrusive shared reference; an empty Ref is Nothing.
@@ -87,6 +95,7 @@ Ref<T> make(Args&&... args) {
 // copy goes. T is the class of both.
 template <class T>
 Ref<T> copyOf(const T& original) {
+    DepthGuard nested;
     auto copy = make<T>();
     copy->SetFromObject(Ref<T>(const_cast<T*>(&original)));
     return copy;

@@ -29,7 +29,9 @@
 // use (below -1, 0 for a write, anything but 1 for Char's read, below 1 for
 // its write) is "Invalid procedure call or argument" (5); a code or a text
 // character above 255 does not fit a byte and is "Overflow" (6), as is
-// content that would grow past the largest Long.
+// content that would grow past the largest Long. A read or a content longer
+// than MaxElements is "Out of memory" (7). TextToNul never builds the NUL
+// padding it would cut, so it costs what the content holds at most.
 #pragma once
 
 #include <vector>

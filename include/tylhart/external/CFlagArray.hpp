@@ -3,8 +3,6 @@
 // bound, by the identifiers below, so those identifiers are its interface.
 #pragma once
 
-#include <vector>
-
 #include "tylhart/core/Dispatch.hpp"
 
 namespace tylhart {
@@ -19,7 +17,8 @@ public:
     // A new array holds no flags; every flag a resize adds starts clear.
     std::int32_t FlagCount() const noexcept { return static_cast<std::int32_t>(flags_.size()); }
     // Keeps the flags below the new count. A negative count is the runtime's
-    // "Invalid procedure call or argument" (5), nothing changed.
+    // "Invalid procedure call or argument" (5), a count above MaxElements
+    // its "Out of memory" (7); either way nothing changed.
     void SetFlagCount(std::int32_t count);
 
     // An index outside 0 .. FlagCount - 1 is the runtime's "Subscript out of
@@ -41,7 +40,9 @@ public:
 private:
     std::size_t checkedIndex(std::int32_t index) const;
 
-    std::vector<bool> flags_;
+    // Held in the text form itself ("0" and "1"): owners read and write the
+    // whole text to copy, compare and render, so that costs one copy of it.
+    Text flags_;
 };
 
 }  // namespace tylhart

@@ -22,7 +22,9 @@ public:
     Text text() const;
     // With a fixed size the text is cut or padded with NUL to Size; it then
     // replaces the content (a closing NUL ends it). A character above U+00FF
-    // does not fit a byte: the buffer's "Overflow" (6), nothing stored.
+    // does not fit a byte: the buffer's "Overflow" (6), nothing stored. A
+    // text or fixed Size beyond MaxElements is "Out of memory" (7), as are
+    // reads of such a Size and writes of Char that far out.
     void SetText(const Text& newText);
 
     // Negative indexes are refused; reading at or past the content gives 0

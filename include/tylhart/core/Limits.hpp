@@ -1,0 +1,36 @@
+// The two limits that keep every call bounded, whatever its arguments.
+//
+// MaxElements: the most elements or characters a size, index or count may
+// make an object hold (16 M). Real device descriptions stay far below it;
+// a call that would need more fails before allocating, with the runtime's
+// "Out of memory" (7) or the class's own range error, and changes nothing.
+//
+// MaxDepth: the most nested renderings, copies and comparisons one call may
+// go through (1000). Deeper graphs, and graphs that hold themselves, fail
+// with the runtime's "Out of stack space" (28) instead of exhausting the
+// stack.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace tylhart {
+
+inline constexpr std::size_t MaxElements = std::size_t{16} * 1024 * 1024;
+inline constexpr int MaxDepth = 1000;
+
+// Raises "Out of memory" when count is above MaxElements.
+void checkElements(std::int64_t count);
+
+// One level of recursion for as long as it lives; the level past MaxDepth
+// raises "Out of stack space". The counter is per thread, since objects of
+// one apartment are called from one thread.
+class DepthGuard {
+public:
+    DepthGuard();
+    ~DepthGuard();
+    DepthGuard(const DepthGuard&) = delete;
+    DepthGuard& operator=(const DepthGuard&) = delete;
+};
+
+}  // namespace tylhart

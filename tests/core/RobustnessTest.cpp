@@ -1,0 +1,209 @@
+// Calls whose cost or depth an argument or an object graph would otherwise
+// decide, and refused calls that must leave their object as it was.
+#include <chrono>
+
+#include "TestSupport.hpp"
+#include "tylhart/automation/Registry.hpp"
+#include "tylhart/constructs/Menus.hpp"
+#include "tylhart/containers/CDefinitionList.hpp"
+#include "tylhart/containers/CDefinitionSet.hpp"
+#include "tylhart/containers/CValueList.hpp"
+#include "tylhart/external/CCharBuffer.hpp"
+#include "tylhart/external/CFlagArray.hpp"
+#include "tylhart/variables/FlagClasses.hpp"
+
+namespace tylhart::test {
+namespace {
+
+const ErrorRecord OutOfMemory = runtimeRecord(7, "Out of memory");
+const ErrorRecord OutOfStack = runtimeRecord(28, "Out of stack space");
+constexpr std::int32_t Huge = 634204656;
+constexpr std::int32_t PastLimit = static_cast<std::int32_t>(MaxElements) + 1;
+
+Ref<Object> create(const char16_t* name) { return automation::CreateObject(Text(u"TylHartTypes.") + name); }
+Ref<Object> charArray(std::int32_t size, const char16_t* content) {
+    auto a = create(u"CCharArray");
+    let(a, DispIdValue, content);
+    let(a, u"Size", size);
+    return a;
+}
+std::string rendering(const Ref<Object>& o) { return text(call(o, u"ToString", std::int16_t{2})); }
+
+// A size, index or count beyond the element limit is refused before anything
+// is allocated, and the object renders as before.
+struct OversizedCall {
+    const char* what;
+    std::function<Ref<Object>()> object;
+    std::function<void(const Ref<Object>&)> call;
+    std::function<std::string(const Ref<Object>&)> state;
+};
+std::string flagState(const Ref<Object>& a) { return text(get(a, 103)) + ":" + text(get(a, 102)); }
+std::string bufferState(const Ref<Object>& b) { return text(get(b, 101)); }
+const OversizedCall oversizedCalls[] = {
+    {"FlagCount = 2147483647", [] { return Ref<Object>(make<CFlagArray>()); },
+     [](auto& a) { let(a, 103, INT32_MAX); }, flagState},
+    {"FlagCount one past the limit", [] { return Ref<Object>(make<CFlagArray>()); },
+     [](auto& a) { let(a, 103, PastLimit); }, flagState},
+    {"Char(1703127690) with Size -1", [] { return charArray(-1, u"AB"); },
+     [](auto& a) { let(a, u"Char", std::int32_t{1703127690}, std::uint8_t{65}); }, rendering},
+    {"text read of a huge Size", [] { return charArray(Huge, u"AB"); },
+     [](auto& a) { get(a, DispIdValue); }, rendering},
+    {"text write with a huge Size", [] { return charArray(Huge, u"AB"); },
+     [](auto& a) { let(a, DispIdValue, u"CD"); }, rendering},
+    {"buffer read past the limit", [] { return Ref<Object>(make<CCharBuffer>()); },
+     [](auto& b) { get(b, 205, std::int32_t{0}, PastLimit); }, bufferState},
+    {"buffer fill past the limit", [] { return Ref<Object>(make<CCharBuffer>()); },
+     [](auto& b) { let(b, 201, std::int32_t{0}, INT32_MAX, std::int32_t{65}); }, bufferState},
+    {"buffer text far out", [] { return Ref<Object>(make<CCharBuffer>()); },
+     [](auto& b) { let(b, 205, PastLimit, std::int32_t{-1}, u"A"); }, bufferState},
+};
+
+TEST(Robustness, SizesBeyondTheElementLimitAreOutOfMemoryAndChangeNothing) {
+    for (const auto& c : oversizedCalls) {
+        SCOPED_TRACE(c.what);
+        auto o = c.object();
+        const std::string before = c.state(o);
+        EXPECT_EQ(raised([&] { c.call(o); }), OutOfMemory);
+        EXPECT_EQ(c.state(o), before);
+    }
+}
+
+// Renderings print what is stored, whatever Size declares, and take as long.
+TEST(Robustness, CharArrayRenderingsFollowTheContentNotTheDeclaredSize) {
+    const struct {
+        std::int32_t size;
+        const char16_t* content;
+        const char* level1;
+        const char* level2;
+    } rows[] = {
+        {Huge, u"", "CharArray{Text:}", "CharArray{Text:, Size:634204656}"},
+        {INT32_MAX, u"AB", "CharArray{Text:AB}", "CharArray{Text:AB, Size:2147483647}"},
+        {1, u"AB", "CharArray{Text:A}", "CharArray{Text:A, Size:1}"},
+    };
+    const auto start = std::chrono::steady_clock::now();
+    for (const auto& r : rows) {
+        auto a = charArray(r.size, r.content);
+        EXPECT_EQ(text(call(a, u"ToString")), r.level1);
+        EXPECT_EQ(rendering(a), r.level2);
+    }
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
+}
+
+TEST(Robustness, BufferTextToNulStopsAtTheContent) {
+    Ref<Object> b = make<CCharBuffer>();
+    let(b, 205, std::int32_t{0}, std::int32_t{-1}, Text(u"AB\0C", 4));
+    const struct {
+        std::int32_t start, length;
+        const char* expected;
+    } rows[] = {{0, INT32_MAX, "AB"}, {1, 1, "B"}, {3, -1, "C"}, {9, INT32_MAX, ""}, {0, 0, ""}};
+    for (const auto& r : rows) EXPECT_EQ(text(get(b, 208, r.start, r.length)), r.expected) << r.start;
+}
+
+// Odd texts at the UTF-8 edges: every malformed sequence becomes one U+FFFD
+// and the rest is read on; lone surrogates write as U+FFFD.
+TEST(Robustness, MalformedUtf8ReadsAsReplacementCharacters) {
+    const struct {
+        const char* in;
+        Text out;
+    } reads[] = {
+        {"A\x80" "B", u"A\xFFFD" "B"},          // lone continuation byte
+        {"\xC3", u"\xFFFD"},                   // cut two-byte sequence
+        {"\xC0\x80", u"\xFFFD"},               // overlong NUL
+        {"\xE0\x80\x80", u"\xFFFD"},           // overlong three-byte
+        {"\xED\xA0\x80", u"\xFFFD"},           // encoded surrogate
+        {"\xF0\x80\x80\x80", u"\xFFFD"},       // overlong four-byte
+        {"\xF4\x90\x80\x80", u"\xFFFD"},       // beyond U+10FFFF
+        {"\xF0\x9F\x98\x80", u"\xD83D\xDE00"},  // a pair
+        {"\xE2\x82\xAC\xC3\xA9", u"\x20AC\xE9"},
+    };
+    for (const auto& r : reads) EXPECT_EQ(fromUtf8(r.in), r.out) << r.in;
+    const struct {
+        Text in;
+        const char* out;
+    } writes[] = {{u"\xD800", "\xEF\xBF\xBD"}, {u"\xDC00" "A", "\xEF\xBF\xBD" "A"}, {u"\xD83D\xDE00", "\xF0\x9F\x98\x80"}};
+    for (const auto& w : writes) EXPECT_EQ(toUtf8(w.in), w.out);
+}
+
+TEST(Robustness, ReleasingAHundredThousandNestedListsDoesNotRecurse) {
+    const std::size_t before = Object::liveObjects();
+    {
+        auto outer = make<CValueList>();
+        for (int i = 0; i < 100000; ++i) {
+            auto next = make<CValueList>();
+            next->Add(Variant(outer));
+            outer = next;
+        }
+        EXPECT_EQ(Object::liveObjects(), before + 100001);
+    }
+    EXPECT_EQ(Object::liveObjects(), before);
+}
+
+// A menu whose one item holds the menu itself: every deep operation meets
+// the nesting limit instead of the end of the stack, and changes nothing.
+TEST(Robustness, NestingBeyondTheDepthLimitIsOutOfStackSpace) {
+    auto menu = make<CMenu>();
+    menu->SetDefinition(makeDefinition(u"m", ddoKMenuDef));
+    auto handle = make<CObject>();
+    handle->SetUntypedObject(menu);
+    auto item = make<CMenuItem>();
+    item->SetObj(handle);
+    menu->Items->Add(item);
+    auto target = make<CMenu>();
+    const std::string targetBefore = rendering(target);
+    const std::function<void()> calls[] = {
+        [&] { menu->Compare(menu); },
+        [&] { menu->GetCopy(); },
+        [&] { menu->ToString(INT16_MAX); },
+        [&] { target->SetFromObject(menu); },
+    };
+    for (const auto& c : calls) EXPECT_EQ(raised(c), OutOfStack);
+    EXPECT_EQ(rendering(target), targetBefore);
+    EXPECT_EQ(text(menu->ToString(3)).substr(0, 5), "MENU{");  // shallow renderings still work
+    menu->Items->Remove(Variant(std::int32_t{1}));  // breaks the cycle
+}
+
+TEST(Robustness, RefusedInsertKeepsTheStoredElement) {
+    auto set = make<CDefinitionSet>();
+    set->UseExactKind = true;
+    set->Add(makeDefinition(u"a", ddoKVariableDef));
+    EXPECT_EQ(raised([&] { set->Insert(makeDefinition(u"a", ddoKMenuDef)); }),
+              libraryError("CDefinitionSet.Add", errors::WrongKind));
+    EXPECT_EQ(names(*set), "a");
+    EXPECT_EQ(set->FindItem(u"a")->Kind(), ddoKVariableDef);
+}
+
+// A source whose flag array was resized cannot be copied; the target keeps
+// every field, the Output set included.
+TEST(Robustness, RefusedFlagClassCopiesChangeNothing) {
+    auto output = make<COutputStatusClass>();
+    output->Range = 5;
+    output->SetKind(ddosCMax);
+    auto status = make<CStatusClass>();
+    status->Output->Add(make<COutputStatusClass>());
+    const std::pair<Ref<Object>, Ref<Object>> pairs[] = {{make<COutputStatusClass>(), output},
+                                                         {make<CStatusClass>(), status}};
+    for (const auto& [target, source] : pairs) {
+        let(call(source, target->className() == u"CStatusClass" ? u"GetOtherObj" : u"GetModeObj").toObject(), 103,
+            std::int32_t{3});
+        const std::string before = rendering(target);
+        const Variant outputBefore = target->className() == u"CStatusClass" ? get(target, u"Output") : Variant();
+        EXPECT_EQ(raised([&] { call(target, u"SetFromObject", source); }), InvalidCall);
+        EXPECT_EQ(rendering(target), before);
+        if (outputBefore.isObject()) {
+            EXPECT_EQ(get(target, u"Output").toObject().get(), outputBefore.toObject().get());
+        }
+    }
+}
+
+TEST(Robustness, ListCopyThatCannotCopyAnElementChangesNothing) {
+    auto source = make<CDefinitionList>();
+    source->Add(makeDefinition(u"b", ddoKVariableDef));
+    source->Add(Ref<CDefinition>());
+    auto target = make<CDefinitionList>();
+    target->Add(makeDefinition(u"a", ddoKVariableDef));
+    EXPECT_EQ(raised([&] { target->SetFromObject(source); }), NotSet);
+    EXPECT_EQ(names(*target), "a");
+}
+
+}  // namespace
+}  // namespace tylhart::test
