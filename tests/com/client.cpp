@@ -1,0 +1,309 @@
+// A compiled COM client of the registered server: creation by class
+// identifier, calls through IDispatch, the type library against the member
+// tables, error records, VARIANT round trips, and the unload answer once
+// everything is released. Prints each failure; the exit code counts them.
+#include <windows.h>
+#include <oaidl.h>
+#include <ole2.h>
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "tylhart/automation/Registry.hpp"
+
+using namespace tylhart;
+
+namespace {
+
+int failures = 0, passes = 0;
+
+void check(bool ok, const std::string& what) {
+    passes += ok;
+    if (!ok) {
+        ++failures;
+        std::printf("FAILED: %s\n", what.c_str());
+    }
+}
+
+GUID guidOf(const char16_t* text) {
+    GUID g;
+    CLSIDFromString(reinterpret_cast<LPCOLESTR>(text), &g);
+    return g;
+}
+
+std::string narrow(const std::wstring& w) { return toUtf8(Text(w.begin(), w.end())); }
+std::string narrow(BSTR b) { return b ? narrow(std::wstring(b, SysStringLen(b))) : std::string(); }
+
+struct Var : VARIANT {
+    Var() { VariantInit(this); }
+    explicit Var(long v) : Var() { vt = VT_I4; lVal = v; }
+    explicit Var(const wchar_t* s) : Var() { vt = VT_BSTR; bstrVal = SysAllocString(s); }
+    explicit Var(IDispatch* d) : Var() { vt = VT_DISPATCH; pdispVal = d; if (d) d->AddRef(); }
+    Var(const Var& o) : Var() { VariantCopy(this, const_cast<Var*>(&o)); }
+    ~Var() { VariantClear(this); }
+};
+
+struct Outcome {
+    HRESULT hr = S_OK;
+    Var result;
+    EXCEPINFO error{};
+    ~Outcome() {
+        SysFreeString(error.bstrSource);
+        SysFreeString(error.bstrDescription);
+    }
+    std::string record() const {
+        char number[16];
+        std::snprintf(number, sizeof number, "%08lX", static_cast<unsigned long>(error.scode));
+        return std::string(number) + "|" + narrow(error.bstrSource) + "|" + narrow(error.bstrDescription);
+    }
+};
+
+// A late-bound call; arguments in the caller's order.
+Outcome call(IDispatch* d, const wchar_t* name, WORD flags, std::vector<VARIANT> args = {}) {
+    Outcome out;
+    DISPID id = DISPID_UNKNOWN;
+    LPOLESTR names[] = {const_cast<LPOLESTR>(name)};
+    out.hr = d->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &id);
+    if (FAILED(out.hr)) return out;
+    std::vector<VARIANT> reversed(args.rbegin(), args.rend());
+    DISPID put = DISPID_PROPERTYPUT;
+    DISPPARAMS params{reversed.data(), nullptr, static_cast<UINT>(reversed.size()), 0};
+    if (flags & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF)) {
+        params.rgdispidNamedArgs = &put;
+        params.cNamedArgs = 1;
+    }
+    out.hr = d->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, flags, &params, &out.result, &out.error, nullptr);
+    return out;
+}
+
+std::string text(const Outcome& o) {
+    return o.hr == S_OK && o.result.vt == VT_BSTR ? narrow(o.result.bstrVal) : "<" + o.record() + ">";
+}
+
+IDispatch* create(const automation::ClassEntry& c) {
+    IDispatch* d = nullptr;
+    const HRESULT hr = CoCreateInstance(guidOf(c.clsid), nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch,
+                                        reinterpret_cast<void**>(&d));
+    check(hr == S_OK && d, "CoCreateInstance " + toUtf8(c.name));
+    return d;
+}
+
+// The interface's type information lists every accessor of every member
+// of the table: identifier, name, parameter names, and for each parameter
+// whether it is optional, by reference, and its default as text.
+void typeInfoMatches(IDispatch* d, const automation::ClassEntry& c) {
+    const std::string cls = toUtf8(c.name);
+    ITypeInfo* info = nullptr;
+    check(d->GetTypeInfo(0, 0, &info) == S_OK && info, cls + ": GetTypeInfo");
+    if (!info) return;
+    TYPEATTR* attr = nullptr;
+    info->GetTypeAttr(&attr);
+    check(IsEqualGUID(attr->guid, guidOf(c.iid)) && attr->typekind == TKIND_DISPATCH, cls + ": interface identity");
+    std::size_t expected = 0, own = 0;
+    for (const MemberInfo& m : c.classInfo().members()) expected += (m.get || m.method) + !!m.let + !!m.set;
+    for (UINT i = 0; i < attr->cFuncs; ++i) {
+        FUNCDESC* f = nullptr;
+        if (info->GetFuncDesc(i, &f) != S_OK) continue;
+        const auto group = static_cast<unsigned long>(f->memid) & 0xFFFF0000u;
+        const MemberInfo* m = c.classInfo().find(static_cast<DispId>(f->memid));
+        if (group != 0x60000000u && group != 0x60010000u) {  // not one of the seven IDispatch inherits
+            ++own;
+            BSTR names[16] = {};
+            UINT count = 0;
+            info->GetNames(f->memid, names, 16, &count);
+            std::string got = count ? narrow(names[0]) : "", want = m ? toUtf8(m->name) : "?";
+            for (std::size_t k = 0; m && k < m->params.size() && k < static_cast<std::size_t>(f->cParams); ++k) {
+                const ParamInfo& p = m->params[k];
+                const PARAMDESC& pd = f->lprgelemdescParam[k].paramdesc;
+                want += "," + toUtf8(p.name) + (p.optional ? " opt" : "") + (p.byRef ? " ref" : "");
+                got += "," + (k + 1 < count ? narrow(names[k + 1]) : "?") + (pd.wParamFlags & PARAMFLAG_FOPT ? " opt" : "") +
+                       (pd.wParamFlags & PARAMFLAG_FOUT ? " ref" : "");
+                if (!p.defaultValue.isMissing() && !p.defaultValue.isObject()) want += "=" + toUtf8(p.defaultValue.toText());
+                if (pd.wParamFlags & PARAMFLAG_FHASDEFAULT) {
+                    Var text;
+                    VariantChangeTypeEx(&text, &pd.pparamdescex->varDefaultValue, 0x409, VARIANT_ALPHABOOL, VT_BSTR);
+                    got += "=" + narrow(text.bstrVal);
+                }
+            }
+            for (UINT k = 0; k < count; ++k) SysFreeString(names[k]);
+            check(got == want, cls + ": " + got + " described as " + want);
+        }
+        info->ReleaseFuncDesc(f);
+    }
+    check(own == expected, cls + ": function count");
+    info->ReleaseTypeAttr(attr);
+    info->Release();
+}
+
+void everyClass() {
+    for (const automation::ClassEntry& c : automation::classes()) {
+        IDispatch* d = create(c);
+        if (!d) continue;
+        IUnknown *a = nullptr, *b = nullptr;
+        IDispatch* own = nullptr;
+        check(d->QueryInterface(guidOf(c.iid), reinterpret_cast<void**>(&own)) == S_OK, toUtf8(c.name) + ": own interface");
+        d->QueryInterface(IID_IUnknown, reinterpret_cast<void**>(&a));
+        own->QueryInterface(IID_IUnknown, reinterpret_cast<void**>(&b));
+        check(a && a == b, toUtf8(c.name) + ": one identity");
+        typeInfoMatches(d, c);
+        for (IUnknown* u : {static_cast<IUnknown*>(own), a, b, static_cast<IUnknown*>(d)})
+            if (u) u->Release();
+    }
+}
+
+void library() {
+    ITypeLib* lib = nullptr;
+    check(LoadRegTypeLib(guidOf(automation::typeLibrary().guid), 1, 0, 0x409, &lib) == S_OK, "registered type library");
+    if (!lib) return;
+    int kinds[TKIND_MAX] = {};
+    for (UINT i = 0; i < lib->GetTypeInfoCount(); ++i) {
+        TYPEKIND k;
+        lib->GetTypeInfoType(i, &k);
+        ++kinds[k];
+    }
+    check(kinds[TKIND_COCLASS] == 48 && kinds[TKIND_DISPATCH] == 48 && kinds[TKIND_ENUM] == 14 && kinds[TKIND_ALIAS] == 3,
+          "48 coclasses, 48 interfaces, 14 enumerations, 3 aliases");
+    lib->Release();
+}
+
+IDispatch* createByName(const wchar_t* progId) {
+    CLSID clsid;
+    IDispatch* d = nullptr;
+    if (CLSIDFromProgID(progId, &clsid) == S_OK)
+        CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch, reinterpret_cast<void**>(&d));
+    check(d != nullptr, "create " + narrow(progId));
+    return d;
+}
+
+void callsAndErrors() {
+    IDispatch* def = createByName(L"TylHartTypes.CDefinition");
+    check(call(def, L"initialize", DISPATCH_METHOD, {Var(L"pressure"), Var(0L)}).hr == S_OK, "Initialize");
+    check(text(call(def, L"ToString", DISPATCH_METHOD | DISPATCH_PROPERTYGET, {Var(2L)})) ==
+              "Definition{Name:pressure, Kind:0}", "ToString(2)");
+    Outcome refused = call(def, L"Initialize", DISPATCH_METHOD, {Var(L"x"), Var(2L)});
+    const std::string record = "80070057|CDefinition.Initialize|Once a Kind is initialized, it must not be changed anymore!";
+    check(refused.hr == DISP_E_EXCEPTION && refused.record() == record, "EXCEPINFO " + refused.record());
+    IErrorInfo* info = nullptr;
+    BSTR source = nullptr, description = nullptr;
+    if (GetErrorInfo(0, &info) == S_OK && info) {
+        info->GetSource(&source);
+        info->GetDescription(&description);
+        info->Release();
+    }
+    check(narrow(source) + "|" + narrow(description) == record.substr(9), "IErrorInfo");
+    SysFreeString(source);
+    SysFreeString(description);
+    ISupportErrorInfo* support = nullptr;
+    def->QueryInterface(IID_ISupportErrorInfo, reinterpret_cast<void**>(&support));
+    check(support && support->InterfaceSupportsErrorInfo(guidOf(u"{729158C8-9D51-4DB2-96AA-0E9801C2A6FB}")) == S_OK,
+          "ISupportErrorInfo");
+    if (support) support->Release();
+
+    // Every kind travels into a value list and back out unchanged; objects
+    // come back as the same identity.
+    IDispatch* values = createByName(L"TylHartTypes.CValueList");
+    std::vector<Var> kinds(12);
+    kinds[0].vt = VT_EMPTY;
+    kinds[1].vt = VT_NULL;
+    kinds[2].vt = VT_I2, kinds[2].iVal = -7;
+    kinds[3].vt = VT_I4, kinds[3].lVal = 1 << 30;
+    kinds[4].vt = VT_R4, kinds[4].fltVal = 0.1f;
+    kinds[5].vt = VT_R8, kinds[5].dblVal = 1e300;
+    kinds[6].vt = VT_CY, kinds[6].cyVal.int64 = -15000;
+    kinds[7].vt = VT_DATE, kinds[7].date = 36526.5;
+    kinds[8].vt = VT_BSTR, kinds[8].bstrVal = SysAllocStringLen(L"a\0b", 3);
+    kinds[9].vt = VT_BOOL, kinds[9].boolVal = VARIANT_TRUE;
+    kinds[10].vt = VT_UI1, kinds[10].bVal = 255;
+    kinds[11].vt = VT_ARRAY | VT_UI1, kinds[11].parray = SafeArrayCreateVector(VT_UI1, 0, 2);
+    static_cast<BYTE*>(kinds[11].parray->pvData)[1] = 0xFF;
+    kinds.push_back(Var(def));
+    for (std::size_t i = 0; i < kinds.size(); ++i) {
+        check(call(values, L"Add", DISPATCH_METHOD, {kinds[i]}).hr == S_OK, "Add kind " + std::to_string(kinds[i].vt));
+        Outcome back = call(values, L"Item", DISPATCH_METHOD | DISPATCH_PROPERTYGET, {Var(static_cast<long>(i + 1))});
+        bool same = back.hr == S_OK && back.result.vt == kinds[i].vt;
+        if (same && kinds[i].vt == VT_DISPATCH) same = back.result.pdispVal == def;
+        else if (same && kinds[i].vt == (VT_ARRAY | VT_UI1))
+            same = back.result.parray->rgsabound[0].cElements == 2 && static_cast<BYTE*>(back.result.parray->pvData)[1] == 0xFF;
+        else if (same && kinds[i].vt == VT_BSTR) same = SysStringLen(back.result.bstrVal) == 3 && back.result.bstrVal[2] == L'b';
+        else if (same) same = VarCmp(&back.result, &kinds[i], 0x409, 0) == VARCMP_EQ || kinds[i].vt == VT_NULL;
+        check(same, "round trip of kind " + std::to_string(kinds[i].vt));
+    }
+    // Kinds the library does not hold and objects not of this library.
+    ITypeLib* foreign = nullptr;
+    LoadRegTypeLib(guidOf(automation::typeLibrary().guid), 1, 0, 0x409, &foreign);
+    Var i8, unknown;
+    i8.vt = VT_I8, i8.llVal = 1;
+    unknown.vt = VT_UNKNOWN, unknown.punkVal = foreign;
+    for (const Var& bad : {i8, unknown})
+        check(call(values, L"Add", DISPATCH_METHOD, {bad}).record() == "800A000D|TylHartTypes|Type mismatch",
+              "type mismatch for kind " + std::to_string(bad.vt));
+
+    // NewEnum hands out IEnumVARIANT over the elements.
+    Outcome e = call(values, L"NewEnum", DISPATCH_METHOD | DISPATCH_PROPERTYGET);
+    IEnumVARIANT* items = nullptr;
+    if (e.hr == S_OK && e.result.vt == VT_UNKNOWN)
+        e.result.punkVal->QueryInterface(IID_IEnumVARIANT, reinterpret_cast<void**>(&items));
+    ULONG fetched = 0;
+    Var first[3];
+    check(items && items->Next(3, first, &fetched) == S_OK && fetched == 3 && first[2].vt == VT_I2, "IEnumVARIANT");
+    if (items) items->Release();
+
+    // A by-reference argument gets the member's final value back.
+    IDispatch* variable = createByName(L"TylHartTypes.CVariable");
+    Outcome type = call(variable, L"TypeInfo", DISPATCH_PROPERTYGET);
+    call(type.result.pdispVal, L"Kind", DISPATCH_PROPERTYPUT, {Var(7L)});
+    call(type.result.pdispVal, L"Size", DISPATCH_PROPERTYPUT, {Var(8L)});
+    long size = -1;
+    Var sizeRef;
+    sizeRef.vt = VT_BYREF | VT_I4, sizeRef.plVal = &size;
+    Outcome legal = call(variable, L"IsString", DISPATCH_METHOD, {Var(L"abcdefgh"), sizeRef});
+    check(legal.hr == S_OK && legal.result.boolVal == VARIANT_TRUE && size == 8, "by-reference write-back");
+    sizeRef.vt = VT_EMPTY;  // points at a local
+
+    // The default member answers dispatch identifier 0, for a put as well.
+    IDispatch* chars = createByName(L"TylHartTypes.CCharArray");
+    call(chars, L"Size", DISPATCH_PROPERTYPUT, {Var(4L)});
+    Var value(L"wxyz");
+    DISPID named = DISPID_PROPERTYPUT;
+    DISPPARAMS put{&value, &named, 1, 1};
+    check(chars->Invoke(DISPID_VALUE, IID_NULL, 0, DISPATCH_PROPERTYPUT, &put, nullptr, nullptr, nullptr) == S_OK &&
+              text(call(chars, L"ToString", DISPATCH_METHOD, {Var(2L)})) == "CharArray{Text:wxyz, Size:4}",
+          "default member let");
+
+    for (IDispatch* d : {chars, variable, values, def}) d->Release();
+}
+
+// Ok only when no object, factory or lock of the server is left.
+void unloading() {
+    HMODULE dll = GetModuleHandleW(L"TylHartTypes.dll");
+    auto canUnload = reinterpret_cast<HRESULT(STDAPICALLTYPE*)()>(reinterpret_cast<void*>(GetProcAddress(dll, "DllCanUnloadNow")));
+    check(canUnload != nullptr, "DllCanUnloadNow exported");
+    if (!canUnload) return;
+    check(canUnload() == S_OK, "DllCanUnloadNow after releasing everything");
+    IClassFactory* factory = nullptr;
+    CoGetClassObject(guidOf(automation::classes()[0].clsid), CLSCTX_INPROC_SERVER, nullptr, IID_IClassFactory,
+                     reinterpret_cast<void**>(&factory));
+    check(factory && canUnload() == S_FALSE, "a live factory keeps the server");
+    factory->LockServer(TRUE);
+    factory->Release();
+    check(canUnload() == S_FALSE, "a lock keeps the server");
+    CoGetClassObject(guidOf(automation::classes()[0].clsid), CLSCTX_INPROC_SERVER, nullptr, IID_IClassFactory,
+                     reinterpret_cast<void**>(&factory));
+    factory->LockServer(FALSE);
+    factory->Release();
+    check(canUnload() == S_OK, "unlocked and released");
+}
+
+}  // namespace
+
+int main() {
+    if (FAILED(CoInitialize(nullptr))) return 1;
+    everyClass();
+    library();
+    callsAndErrors();
+    unloading();
+    CoUninitialize();
+    std::printf("client: %d passed, %d failed\n", passes, failures);
+    return failures == 0 ? 0 : 1;
+}
