@@ -149,10 +149,11 @@ template <class T, class State>
 void expectRefusals(const std::function<Ref<T>()>& build, State state, std::initializer_list<Refusal<T>> rows) {
     int row = 0;
     for (const Refusal<T>& r : rows) {
+        SCOPED_TRACE("row " + std::to_string(row++));
         auto object = build();
         const auto before = state(*object);
-        EXPECT_EQ(raised([&] { r.call(*object); }), r.expected) << "row " << row;
-        EXPECT_EQ(state(*object), before) << "row " << row++;
+        EXPECT_EQ(raised([&] { r.call(*object); }), r.expected);
+        EXPECT_EQ(state(*object), before);
     }
 }
 
