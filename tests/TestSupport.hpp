@@ -119,6 +119,13 @@ inline void expectSlots(const ClassInfo& info, std::initializer_list<std::pair<c
     }
 }
 
+// Compare gives `equal` in both directions.
+template <class R>
+void expectCompare(const Ref<R>& a, const Ref<R>& b, bool equal) {
+    EXPECT_EQ(a->Compare(b), equal) << text(a->ToString(2)) << " / " << text(b->ToString(2));
+    EXPECT_EQ(b->Compare(a), equal) << text(b->ToString(2)) << " / " << text(a->ToString(2));
+}
+
 // Two equal objects, then each change on one side makes them differ both ways.
 template <class R>
 void expectEachChangeDiffers(const std::function<Ref<R>()>& build,
@@ -127,7 +134,26 @@ void expectEachChangeDiffers(const std::function<Ref<R>()>& build,
         auto a = build(), b = build();
         EXPECT_TRUE(a->Compare(b));
         change(*b);
-        EXPECT_FALSE(a->Compare(b) || b->Compare(a)) << text(b->ToString(2));
+        expectCompare(a, b, false);
+    }
+}
+
+// One refused call per row: on a new object from `build` it raises its
+// record, and `state` reads the same before and after.
+template <class T>
+struct Refusal {
+    std::function<void(T&)> call;
+    ErrorRecord expected;
+};
+template <class T, class State>
+void expectRefusals(const std::function<Ref<T>()>& build, State state, std::initializer_list<Refusal<T>> rows) {
+    int row = 0;
+    for (const Refusal<T>& r : rows) {
+        SCOPED_TRACE("row " + std::to_string(row++));
+        auto object = build();
+        const auto before = state(*object);
+        EXPECT_EQ(raised([&] { r.call(*object); }), r.expected);
+        EXPECT_EQ(state(*object), before);
     }
 }
 

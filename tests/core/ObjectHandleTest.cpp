@@ -62,13 +62,13 @@ TEST(ObjectHandle, CompareLooksOnlyAtTheHeldConstructs) {
     auto a = make<CObject>(), b = make<CObject>();
     a->ChangeLevel = 1;
     b->ChangeLevel = 2;
-    EXPECT_TRUE(a->Compare(b));
+    expectCompare(a, b, true);
     a->SetUntypedObject(collectionNamed(u"main"));
-    EXPECT_FALSE(a->Compare(b) || b->Compare(a));
+    expectCompare(a, b, false);
     b->SetUntypedObject(collectionNamed(u"main"));
-    EXPECT_TRUE(a->Compare(b));
+    expectCompare(a, b, true);
     b->SetUntypedObject(collectionNamed(u"Main"));
-    EXPECT_FALSE(a->Compare(b));
+    expectCompare(a, b, false);
 }
 
 TEST(ObjectHandle, CopyHoldsADeepCopyAndAnEmptySourceKeepsTheBookkeeping) {

@@ -10,17 +10,16 @@ using namespace std::string_literals;
 // Every refused call leaves count and flags as they were.
 TEST(FlagArray, RefusedCallsReportTheRuntimesErrorAndChangeNothing) {
     using A = CFlagArray&;
-    const std::pair<std::function<void(A)>, ErrorRecord> cases[] = {
-        {[](A a) { a.SetFlag(-1, true); }, Subscript}, {[](A a) { a.Flag(3); }, Subscript},
-        {[](A a) { a.SetFlagCount(-1); }, InvalidCall}, {[](A a) { a.SetFlagText(u"10"); }, InvalidCall},
-        {[](A a) { a.SetFlagText(u"1010"); }, InvalidCall}, {[](A a) { a.SetFlagText(u"1x1"); }, TypeMismatch}};
-    for (const auto& [refused, expected] : cases) {
-        auto a = make<CFlagArray>();
-        a->SetFlagCount(3);
-        a->SetFlagText(u"101");
-        EXPECT_EQ(raised([&] { refused(*a); }), expected);
-        EXPECT_EQ(a->FlagText(), u"101");
-    }
+    const auto build = [] {
+        return made<CFlagArray>([](A a) {
+            a.SetFlagCount(3);
+            a.SetFlagText(u"101");
+        });
+    };
+    expectRefusals<CFlagArray>(build, [](A a) { return a.FlagText(); },
+        {{[](A a) { a.SetFlag(-1, true); }, Subscript}, {[](A a) { a.Flag(3); }, Subscript},
+         {[](A a) { a.SetFlagCount(-1); }, InvalidCall}, {[](A a) { a.SetFlagText(u"10"); }, InvalidCall},
+         {[](A a) { a.SetFlagText(u"1010"); }, InvalidCall}, {[](A a) { a.SetFlagText(u"1x1"); }, TypeMismatch}});
 }
 
 TEST(FlagArray, AnswersItsIdentifiersStoresNotZeroAndResizesWithClearFlags) {
@@ -55,17 +54,13 @@ TEST(CharBuffer, TextWritesEndTheContentReadsPadAndCharsGrowIt) {
 
 TEST(CharBuffer, RefusedCallsReportTheRuntimesErrorAndChangeNothing) {
     using B = CCharBuffer&;
-    const std::pair<std::function<void(B)>, ErrorRecord> cases[] = {
-        {[](B b) { b.SetContents(-1, -1, u"x"); }, Subscript}, {[](B b) { b.SetChar(-1, 1, 65); }, Subscript},
-        {[](B b) { b.SetContents(0, 0, u"x"); }, InvalidCall}, {[](B b) { b.Contents(0, -2); }, InvalidCall},
-        {[](B b) { b.Char(0, 2); }, InvalidCall}, {[](B b) { b.SetChar(0, 1, 256); }, Overflow},
-        {[](B b) { b.SetContents(0, -1, u"x\u20AC"); }, Overflow}, {[](B b) { b.SetChar(0x7FFFFFFF, 1, 65); }, Overflow}};
-    for (const auto& [refused, expected] : cases) {
-        auto b = make<CCharBuffer>();
-        b->SetContents(0, -1, u"abc");
-        EXPECT_EQ(raised([&] { refused(*b); }), expected);
-        EXPECT_EQ(b->Contents(0, -1), u"abc");
-    }
+    expectRefusals<CCharBuffer>([] { return made<CCharBuffer>([](B b) { b.SetContents(0, -1, u"abc"); }); },
+        [](B b) { return b.Contents(0, -1); },
+        {{[](B b) { b.SetContents(-1, -1, u"x"); }, Subscript}, {[](B b) { b.SetChar(-1, 1, 65); }, Subscript},
+         {[](B b) { b.SetContents(0, 0, u"x"); }, InvalidCall}, {[](B b) { b.Contents(0, -2); }, InvalidCall},
+         {[](B b) { b.Char(0, 2); }, InvalidCall}, {[](B b) { b.SetChar(0, 1, 256); }, Overflow},
+         {[](B b) { b.SetContents(0, -1, u"x\u20AC"); }, Overflow},
+         {[](B b) { b.SetChar(0x7FFFFFFF, 1, 65); }, Overflow}});
 }
 
 }  // namespace

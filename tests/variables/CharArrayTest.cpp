@@ -50,20 +50,14 @@ TEST(CharArray, BytesGoInOneByOneAndRenderUpToTheFirstNul) {
 
 // Each refused call leaves Size and the stored text as they were.
 TEST(CharArray, RefusedCallsReportTheirErrorAndChangeNothing) {
-    using A = const Ref<CCharArray>&;
-    const std::pair<std::function<void(A)>, ErrorRecord> cases[] = {
-        {[](A a) { a->Char(-1); }, BadIndex}, {[](A a) { a->SetChar(-1, 65); }, BadIndex},
-        {[](A a) { a->SetChar(4, 65); }, BadIndex},
-        {[](A a) { a->SetText(u"\u20AC"); }, Overflow},
-        {[](A a) { a->SetFromByteArray({}); }, Subscript},
-        {[](A a) { call(a, u"SetFromByteArray", Text(u"ABCD")); }, TypeMismatch},
-        {[](A a) { let(a, u"Char", std::int32_t{0}, std::int32_t{256}); }, Overflow}};
-    for (const auto& [refused, expected] : cases) {
-        auto a = arrayOf(4, u"abcd");
-        EXPECT_EQ(raised([&] { refused(a); }), expected);
-        EXPECT_EQ(a->Size, 4);
-        EXPECT_EQ(a->text(), u"abcd");
-    }
+    using A = CCharArray&;
+    expectRefusals<CCharArray>([] { return arrayOf(4, u"abcd"); },
+        [](A a) { return std::pair{a.Size, a.text()}; },
+        {{[](A a) { a.Char(-1); }, BadIndex}, {[](A a) { a.SetChar(-1, 65); }, BadIndex},
+         {[](A a) { a.SetChar(4, 65); }, BadIndex}, {[](A a) { a.SetText(u"\u20AC"); }, Overflow},
+         {[](A a) { a.SetFromByteArray({}); }, Subscript},
+         {[](A a) { call(Ref<Object>(&a), u"SetFromByteArray", Text(u"ABCD")); }, TypeMismatch},
+         {[](A a) { let(Ref<Object>(&a), u"Char", std::int32_t{0}, std::int32_t{256}); }, Overflow}});
 }
 
 TEST(CharArray, IsReachableByNameAndIdentifier) {

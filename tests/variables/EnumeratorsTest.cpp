@@ -54,7 +54,7 @@ TEST(Enumerators, RenderExactly) {
         {twoEnumerators, -2, "EnumeratorSet{Count:2}"},
         {twoEnumerators, 2,
          "VariableEnumeratorSet{Count:2, Items: { Enumerator{Description:Off} Enumerator{Description:On}}}"},
-        {[] { return make<CBitEnumeratorSet>(); }, 0, "BitEnumeratorSet{Count:0}"},
+        {make<CBitEnumeratorSet>, 0, "BitEnumeratorSet{Count:0}"},
         {[] { return setOf<CBitEnumeratorSet>(methodOnlyBit()); }, 3,
          "VariableBitEnumeratorSet{Count:1, Items: { BitEnumerator{Description:Calibrate, Value:8, Help:, "
          "Method:Definition{Name:cal}}}}"},
@@ -80,12 +80,11 @@ TEST(BitEnumerator, CompareFieldsThenClassStatusMethodBothWays) {
         {[](CBitEnumerator& b) { b.Status = statusClass(ddsoTMore); }, newStatus, false},
         {methodM, none, false}, {methodM, methodM, true},
         {methodM, [](CBitEnumerator& b) { b.Method = makeDefinition(u"M", ddoKMethodDef); }, false}};
-    int row = 0;
     for (const auto& [changeLeft, changeRight, equal] : cases) {
         auto left = bit(1, u"b", u"h"), right = bit(1, u"b", u"h");
-        changeLeft(*left), changeRight(*right);
-        EXPECT_EQ(left->Compare(right), equal) << "row " << row;
-        EXPECT_EQ(right->Compare(left), equal) << "row " << row++;
+        changeLeft(*left);
+        changeRight(*right);
+        expectCompare(left, right, equal);
     }
 }
 

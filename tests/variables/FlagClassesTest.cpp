@@ -13,14 +13,12 @@ struct Shape {
     const char16_t *getter, *flag;
     std::string label, level2Tail;
 };
-template <class C>
-Ref<Object> create() { return make<C>(); }
 const Shape shapes[] = {
-    {create<CVariableClass>, 13, u"GetClassInfoObj", u"ClassInfo", "VariableClass{Type:", "}"},
-    {create<CMethodClass>, 11, u"GetClassInfoObj", u"ClassInfo", "MethodClass{Type:", "}"},
-    {create<CStatusClass>, 16, u"GetOtherObj", u"Other", "StatusClass{Other:",
+    {make<CVariableClass>, 13, u"GetClassInfoObj", u"ClassInfo", "VariableClass{Type:", "}"},
+    {make<CMethodClass>, 11, u"GetClassInfoObj", u"ClassInfo", "MethodClass{Type:", "}"},
+    {make<CStatusClass>, 16, u"GetOtherObj", u"Other", "StatusClass{Other:",
      ", Output:OutputStatusClassSet{Count:0}}"},
-    {create<COutputStatusClass>, 2, u"GetModeObj", u"Mode", "OutputStatusClass{BESCHEIBUNG:", ", Kind:0, Range:0}"}};
+    {make<COutputStatusClass>, 2, u"GetModeObj", u"Mode", "OutputStatusClass{BESCHEIBUNG:", ", Kind:0, Range:0}"}};
 
 void setFlag(const Shape& s, const Ref<Object>& o, std::int32_t index) { let(o, s.flag, index, true); }
 std::string flags(const Shape& s, const Ref<Object>& o) {

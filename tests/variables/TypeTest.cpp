@@ -6,7 +6,11 @@
 namespace tylhart::test {
 namespace {
 
-Ref<CType> typeOf(enumDDVariableType kind) { return made<CType>([&](CType& t) { t.SetKind(kind); }); }
+Ref<CType> typeOf(enumDDVariableType kind) {
+    auto t = make<CType>();
+    if (kind != ddvTUndefined) t->SetKind(kind);  // an undefined kind stays unset
+    return t;
+}
 Ref<CEnumerator> enumerator(std::int32_t value, const char16_t* description) {
     return made<CEnumerator>([&](CEnumerator& e) { e.Value = value; e.Description = description; });
 }
@@ -177,8 +181,8 @@ Ref<CType> timeValue() {
 
 TEST(Type, RendersExactly) {
     expectRenderings({
-        {[] { return make<CType>(); }, 1, "Type{Kind:-1}}"},
-        {[] { return make<CType>(); }, 0, nullptr},
+        {make<CType>, 1, "Type{Kind:-1}}"},
+        {make<CType>, 0, nullptr},
         {intRange, 2, "Type{Kind:2}, Size:2, Ranges:{ (0:0 - 100)}, ScalingFactor:1, DisplayFormat:, EditFormat:}"},
         // A Null range end adds nothing.
         {floatTwoRanges, 2,
@@ -220,17 +224,11 @@ TEST(Type, CompareLooksOnlyAtTheFieldsTheKindOwns) {
         {ddvTIndex, [](T t) { t.Domain()->Add(Variant(std::int32_t{1})); }, false},
         {ddvTTimeValue, [](T t) { t.SetScaleQualifier(sqTHours); }, false},
         {ddvTTimeValue, [](T t) { t.SetTimeFormat(u"ss"); }, false}, {ddvTTimeValue, [](T t) { t.SetSize(2); }, true}};
-    int row = 0;
     for (const auto& [kind, change, equal] : cases) {
-        auto a = make<CType>(), b = make<CType>();
-        if (kind >= 0) {
-            a->SetKind(kind);
-            b->SetKind(kind);
-        }
+        auto a = typeOf(kind), b = typeOf(kind);
         b->CheckForExactKind = false;
         change(*b);
-        EXPECT_EQ(a->Compare(b), equal) << "row " << row;
-        EXPECT_EQ(b->Compare(a), equal) << "row " << row++;
+        expectCompare(a, b, equal);
     }
 }
 
@@ -241,11 +239,11 @@ TEST(Type, RangeEndsMatchNullOnlyToNullAndValuesAcrossNumericKinds) {
     auto a = typeOf(ddvTInt), b = typeOf(ddvTInt);
     a->SetMaxRangeNo(0);
     b->SetMaxRangeNo(0);
-    EXPECT_TRUE(a->Compare(b));
+    expectCompare(a, b, true);
     b->SetMinValues(0, Variant(std::int32_t{0}));
-    EXPECT_FALSE(a->Compare(b) || b->Compare(a));
+    expectCompare(a, b, false);
     a->SetMinValues(0, Variant(0.0));
-    EXPECT_TRUE(a->Compare(b));
+    expectCompare(a, b, true);
 }
 
 // ---- Copies ----

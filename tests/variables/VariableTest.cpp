@@ -210,12 +210,10 @@ TEST(Variable, CompareOneChangedFieldDecidesAndTheFirstDifferenceStops) {
         {[](V v) { v.DefaultValue = u"2"; }, false}, {[](V v) { v.SetHandling(ddvhTWrite, true); }, false}};
     ManualClock clock;
     auto source = filledVariable();
-    int row = 0;
     for (const auto& [change, stillEqual] : cases) {
         auto copy = source->GetCopy();
         change(*copy);
-        EXPECT_EQ(copy->Compare(source), stillEqual) << "row " << row;
-        EXPECT_EQ(source->Compare(copy), stillEqual) << "row " << row++;
+        expectCompare(copy, source, stillEqual);
     }
     auto a = make<CVariable>(), b = make<CVariable>();
     b->DefaultValue = Null{}, b->Definition()->SetName(u"other");
