@@ -46,8 +46,7 @@ template <class C>
 struct ElementOps<Ref<C>> {
     static Ref<C> copy(const Ref<C>& e) {
         if (!e) errors::raise(errors::Runtime::ObjectNotSet);
-        DepthGuard nested;
-        return e->GetCopy();
+        return e->GetCopy();  // every GetCopy goes through copyOf, which counts the level
     }
     // Probe.Compare(element): the element class's full comparison.
     static bool equal(const Ref<C>& probe, const Ref<C>& element) {
