@@ -109,16 +109,6 @@ void setObject(const Ref<Object>& o, Member member, A... args) {
     invokeWith(o, member, Access::Set, args...);
 }
 
-// Slots are numbered by declaration order (fields from FirstFieldId, code
-// members from one counter under FirstMethodId or FirstPropertyId), so a few
-// probes, the last slot among them, pin a class's whole numbering.
-inline void expectSlots(const ClassInfo& info, std::initializer_list<std::pair<const char16_t*, DispId>> probes) {
-    for (const auto& [name, id] : probes) {
-        const MemberInfo* m = info.find(name);
-        EXPECT_TRUE(m && m->id == id) << toUtf8(name) << " should be " << std::hex << id;
-    }
-}
-
 // Compare gives `equal` in both directions.
 template <class R>
 void expectCompare(const Ref<R>& a, const Ref<R>& b, bool equal) {
@@ -155,6 +145,19 @@ void expectRefusals(const std::function<Ref<T>()>& build, State state, std::init
         EXPECT_EQ(raised([&] { r.call(*object); }), r.expected);
         EXPECT_EQ(state(*object), before);
     }
+}
+
+// A refused call on `o` raises its record and leaves `o` as it was: its
+// full rendering, and the very definition it held where it has one.
+inline void expectRefused(const Ref<Object>& o, const std::function<void()>& refused, const ErrorRecord& expected) {
+    const auto state = [&] {
+        Ref<Object> definition;
+        raised([&] { definition = get(o, u"Definition").toObject(); });
+        return std::pair{text(call(o, u"ToString", std::int16_t{3})), definition};
+    };
+    const auto before = state();
+    EXPECT_EQ(raised(refused), expected) << toUtf8(o->className());
+    EXPECT_EQ(state(), before) << toUtf8(o->className());
 }
 
 // One row per rendering: the object, the level, the exact text (nullptr: Empty).

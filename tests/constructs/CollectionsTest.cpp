@@ -169,12 +169,5 @@ TEST(MemberSet, ItemTakesAPositionOrAnElementKeyAndCopyReplaces) {
     EXPECT_EQ(set->Item(Variant(std::int32_t{1}))->Ident, u"PRESSURE");
 }
 
-TEST(Collections, MembersAnswerTheirSlotIdentifiers) {
-    expectSlots(CCollection::staticClassInfo(), {{u"Help", 0x40030002}, {u"ToString", 0x60030005}});
-    expectSlots(CArray::staticClassInfo(), {{u"Elements", 0x40030002}, {u"MakeObject", 0x60030004}});
-    expectSlots(CMemberSet::staticClassInfo(), {{u"Item", 0x60030003}, {u"FindItem", 0x60030004}});
-    EXPECT_TRUE(CCollection::staticClassInfo().find(TextView(u"Definition"))->has(Access::Let));
-}
-
 }  // namespace
 }  // namespace tylhart::test

@@ -1,4 +1,5 @@
 #include "TestSupport.hpp"
+#include "tylhart/commands/CCommand.hpp"
 #include "tylhart/constructs/CMethod.hpp"
 #include "tylhart/constructs/Collections.hpp"
 #include "tylhart/constructs/EditDisplays.hpp"
@@ -63,14 +64,6 @@ TEST(Constructs, RenderExactly) {
     EXPECT_EQ(raised([&] { i->ToString(2); }), NotSet);
 }
 
-// The record of a refused call; the object's rendering and definition stay.
-void expectRefused(const Ref<Object>& o, const std::function<void()>& refused, const ErrorRecord& expected) {
-    const std::string before = text(call(o, u"ToString", std::int16_t{3}));
-    const Ref<Object> definition = get(o, u"Definition").toObject();
-    EXPECT_EQ(raised(refused), expected) << toUtf8(o->className());
-    EXPECT_EQ(text(call(o, u"ToString", std::int16_t{3})), before);
-    EXPECT_EQ(get(o, u"Definition").toObject(), definition);
-}
 ErrorRecord wrongKind(const char* source) { return libraryError(source, errors::WrongKind); }
 
 TEST(Constructs, RefusedLetsKeepTheHeldObject) {
@@ -89,7 +82,7 @@ TEST(Constructs, RefusedLetsKeepTheHeldObject) {
     for (const Row& r : rows) {
         const Ref<Object> held = get(r.target, r.member).toObject();
         expectRefused(r.target, [&] { let(r.target, r.member, r.value); }, r.error);
-        EXPECT_EQ(get(r.target, r.member).toObject(), held);
+        EXPECT_EQ(get(r.target, r.member).toObject(), held);  // the very object, not an equal one
     }
     auto i = item();
     auto v = variable(u"pv");  // an equal definition need not be the same object
@@ -175,15 +168,10 @@ TEST(Method, CopyIsDeepAndCompareCoversEveryFieldInOrder) {
 }
 
 // A handle gives each construct back, the same object, through its own class's accessor only.
-TEST(Constructs, AHandleHoldsEachConstructAndMembersAnswerTheirSlots) {
-    auto u = make<CUnit>();
-    auto r = make<CRefresh>();
-    auto w = make<CWriteAsOne>();
-    auto m = make<CMethod>();
-    EXPECT_TRUE(u->MakeObject()->MakeUnit() == u && r->MakeObject()->MakeRefresh() == r &&
-                w->MakeObject()->MakeWriteAsOne() == w && m->MakeObject()->MakeMethod() == m);
-    for (const Ref<Object>& construct : std::initializer_list<Ref<Object>>{
-             u, r, w, m, make<CMenu>(), make<CEditDisplay>(), make<CCollection>(), make<CArray>()}) {
+TEST(Constructs, AHandleHoldsEachConstructAndHandsItOutThroughItsOwnAccessorOnly) {
+    for (const Ref<Object>& construct : std::initializer_list<Ref<Object>>{make<CVariable>(), make<CCommand>(),
+             make<CUnit>(), make<CRefresh>(), make<CWriteAsOne>(), make<CMethod>(), make<CMenu>(), make<CEditDisplay>(),
+             make<CCollection>(), make<CArray>()}) {
         const Ref<Object> handle = call(construct, u"MakeObject").toObject();
         for (const char16_t* className : TopLevelClassNames) {
             const Text accessor = u"Make" + Text(className + 1);
@@ -191,14 +179,6 @@ TEST(Constructs, AHandleHoldsEachConstructAndMembersAnswerTheirSlots) {
             else EXPECT_EQ(raised([&] { call(handle, accessor.c_str()); }), TypeMismatch);
         }
     }
-    expectSlots(CUnit::staticClassInfo(), {{u"Reread", 0x40030000}, {u"Unit", 0x68030000}, {u"ToString", 0x60030006}});
-    expectSlots(CRefresh::staticClassInfo(), {{u"InRecursion", 0x40030002}, {u"ToString", 0x60030005}});
-    expectSlots(CWriteAsOne::staticClassInfo(), {{u"IsComplete", 0x40030002}, {u"ToString", 0x60030005}});
-    expectSlots(CVariableItem::staticClassInfo(), {{u"Variable", 0x68030003}, {u"ToString", 0x60030004}});
-    expectSlots(CMethod::staticClassInfo(), {{u"Uid", 0x40030004}, {u"ToString", 0x60030005}});
-    for (const auto* member : {CUnit::staticClassInfo().find(u"Unit"), CUnit::staticClassInfo().find(u"Definition"),
-                               CVariableItem::staticClassInfo().find(u"Variable")})
-        EXPECT_TRUE(member->has(Access::Let) && !member->has(Access::Set));
 }
 
 }  // namespace

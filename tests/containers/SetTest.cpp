@@ -145,20 +145,5 @@ TEST(ObjectSet, KeysAreTheHeldDefinitionsNamesAndCopiesReplace) {
     EXPECT_EQ(text(receiver->ToString(2)), "ObjectSet{Count:1, Items: { OBJECT{COLLECTION{Definition{Name:main}}}}}");
 }
 
-TEST(Sets, MembersCarryTheirSlotIdentifiers) {
-    expectSlots(CDefinitionSet::staticClassInfo(), {{u"UseExactKind", 0x40030000}, {u"ToString", 0x6003000D}});
-    expectSlots(CValueSet::staticClassInfo(), {{u"Add", 0x60030000}});
-    expectSlots(CObjectSet::staticClassInfo(), {{u"ToString", 0x6003000C}});
-    // Named arguments spell the element: Add(NewDefinition:=...), IsInSet(Value:=...).
-    const std::pair<const ClassInfo*, const char*> elementNames[] = {
-        {&CDefinitionSet::staticClassInfo(), "Definition"}, {&CVariableDefinitionSet::staticClassInfo(), "Definition"},
-        {&CValueSet::staticClassInfo(), "Value"}, {&CObjectSet::staticClassInfo(), "Object"}};
-    for (const auto& [info, element] : elementNames)
-        for (const auto& [member, prefix] :
-             {std::pair{u"Add", "New"}, {u"Insert", "New"}, {u"Remove", ""}, {u"IsInSet", ""}})
-            EXPECT_EQ(toUtf8(info->find(member)->params.at(0).name), prefix + std::string(element))
-                << toUtf8(info->name()) << "." << toUtf8(member);
-}
-
 }  // namespace
 }  // namespace tylhart::test

@@ -78,15 +78,6 @@ TEST(FlagClasses, CopiesAreEqualAndIndependent) {
     }
 }
 
-TEST(FlagClasses, MembersCarryTheirSlotIdentifiers) {
-    expectSlots(CVariableClass::staticClassInfo(), {{u"ToString", 0x60030005}});
-    expectSlots(CMethodClass::staticClassInfo(), {{u"ClassInfo", 0x68030001}});
-    expectSlots(CStatusClass::staticClassInfo(), {{u"Output", 0x40030000}, {u"Other", 0x68030001}});
-    expectSlots(COutputStatusClass::staticClassInfo(), {{u"Kind", 0x68030002}, {u"ToString", 0x60030006}});
-    expectSlots(COutputStatusClassSet::staticClassInfo(), {{u"FindItem", 0x60030003}, {u"ToString", 0x6003000B}});
-    EXPECT_EQ(COutputStatusClassSet::staticClassInfo().find(u"Union"), nullptr);
-}
-
 TEST(FlagClasses, OutputKindOutsideDVToALLIsRefusedAndTheKindStays) {
     const ErrorRecord refused = libraryError("COutputStatusClass.Kind", errors::IndexOutOfRange);
     auto entry = make<COutputStatusClass>();

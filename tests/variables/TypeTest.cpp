@@ -298,10 +298,5 @@ TEST(Type, RefusedCopyLeavesTheReceiverUnchanged) {
     EXPECT_EQ(fresh->Kind(), ddvTUndefined);
 }
 
-TEST(Type, MembersAnswerTheirSlotIdentifiers) {
-    expectSlots(CType::staticClassInfo(),
-                {{u"EnumeratorSet", 0x40030002}, {u"GetCopy", 0x6003000E}, {u"ScaleQualifier", 0x68030013}});
-}
-
 }  // namespace
 }  // namespace tylhart::test
