@@ -44,30 +44,15 @@ TEST(Collections, RenderExactly) {
     });
 }
 
-// ---- The construct pattern, once per construct ----
+// The Definition let and the refused copies of both constructs are rows of
+// the constructs' refusal tables (RelationsTest).
 
 template <class C>
-class ConstructKind : public ::testing::Test {};
-// Each construct reports its own class in the Source of a refused kind.
-template <class C>
-const char* const definitionSource = std::is_same_v<C, CArray> ? "CArray.Definition" : "CCollection.Definition";
+class ConstructCopy : public ::testing::Test {};
 using ConstructClasses = ::testing::Types<CCollection, CArray>;
-TYPED_TEST_SUITE(ConstructKind, ConstructClasses);
+TYPED_TEST_SUITE(ConstructCopy, ConstructClasses);
 
-// The let is the shared construct pattern, proven on the variable's own
-// tests; each construct brings its own kind and Source.
-TYPED_TEST(ConstructKind, DefinitionLetChecksTheKind) {
-    auto construct = make<TypeParam>();
-    const auto own = construct->Definition();
-    const ErrorRecord wrongKind = libraryError(definitionSource<TypeParam>, errors::WrongKind);
-    const enumDDObjectKind other = TypeParam::ObjectKind == ddoKArrayDef ? ddoKCollectionDef : ddoKArrayDef;
-    for (auto wrong : {makeDefinition(u"w", other), makeDefinition(u"v", ddoKVariableDef), make<CDefinition>()}) {
-        EXPECT_EQ(raised([&] { let(construct, u"Definition", wrong); }), wrongKind);
-        EXPECT_EQ(construct->Definition().get(), own.get());
-    }
-}
-
-TYPED_TEST(ConstructKind, CopyIsIndependentAndCompareIsExactOnLabelHelpAndDefinition) {
+TYPED_TEST(ConstructCopy, CopyIsIndependentAndCompareIsExactOnLabelHelpAndDefinition) {
     auto source = make<TypeParam>();
     source->Definition()->SetName(u"original");
     auto copy = source->GetCopy();
@@ -76,24 +61,6 @@ TYPED_TEST(ConstructKind, CopyIsIndependentAndCompareIsExactOnLabelHelpAndDefini
     EXPECT_TRUE(source->Definition()->Name() == u"original" && !copy->Compare(source));
     expectEachChangeDiffers<TypeParam>([] { return made<TypeParam>([](TypeParam& c) { c.Label = u"x"; }); },
                                        {[](TypeParam& c) { c.Label = u"X"; }, [](TypeParam& c) { c.Help = u"h"; }});
-}
-
-// A source whose shared definition has since lost its kind is refused by the kind check,
-// even without its container; one without a container by the call on Nothing. The receiver
-// keeps everything it had either way.
-TYPED_TEST(ConstructKind, RefusedCopyLeavesTheReceiverUnchanged) {
-    auto receiver = make<TypeParam>(), lostKind = make<TypeParam>(), noContainer = make<TypeParam>();
-    receiver->Label = u"kept", lostKind->Label = u"new", noContainer->Label = u"new";
-    const auto definition = receiver->Definition();
-    lostKind->Definition()->SetFromObject(make<CDefinition>());
-    for (auto* c : {lostKind.get(), noContainer.get()}) {
-        if constexpr (std::is_same_v<TypeParam, CCollection>) c->Members = nullptr;
-        else c->Elements = nullptr;
-    }
-    EXPECT_EQ(raised([&] { receiver->SetFromObject(lostKind); }),  // the definition is checked first
-              libraryError(definitionSource<TypeParam>, errors::WrongKind));
-    EXPECT_EQ(raised([&] { receiver->SetFromObject(noContainer); }), NotSet);
-    EXPECT_TRUE(receiver->Label == u"kept" && receiver->Definition().get() == definition.get());
 }
 
 // ---- Copy depth of the children ----

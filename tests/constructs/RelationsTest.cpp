@@ -78,6 +78,11 @@ TEST(Constructs, RefusedLetsKeepTheHeldObject) {
         {make<CMethod>(), u"Definition", nullptr, NotSet},
         {item(), u"Variable", variable(u"PV"), libraryError("CVariableItem.Variable", errors::NoCompatibleDefinition)},
         {item(), u"Variable", nullptr, NotSet},
+        // Each construct reports its own class in the Source of a refused kind.
+        {make<CCollection>(), u"Definition", makeDefinition(u"a", ddoKArrayDef), wrongKind("CCollection.Definition")},
+        {make<CCollection>(), u"Definition", make<CDefinition>(), wrongKind("CCollection.Definition")},
+        {make<CArray>(), u"Definition", makeDefinition(u"c", ddoKCollectionDef), wrongKind("CArray.Definition")},
+        {make<CArray>(), u"Definition", var(u"v"), wrongKind("CArray.Definition")},
     };
     for (const Row& r : rows) {
         const Ref<Object> held = get(r.target, r.member).toObject();
@@ -109,6 +114,13 @@ TEST(Constructs, RefusedCopiesLeaveTheReceiverUnchanged) {
         {make<CMethod>(), made<CMethod>([&](CMethod& m) { m.Class = nullptr, lost(m.Definition()); }),
          wrongKind("Method.Definition")},
         {make<CMethod>(), made<CMethod>([](CMethod& m) { m.Class = nullptr, m.Label = u"new"; }), NotSet},
+        // A definition that lost its kind is refused by the kind check, ahead of a missing container.
+        {make<CCollection>(), made<CCollection>([&](CCollection& c) { c.Label = u"new", c.Members = nullptr, lost(c.Definition()); }),
+         wrongKind("CCollection.Definition")},
+        {make<CCollection>(), made<CCollection>([](CCollection& c) { c.Label = u"new", c.Members = nullptr; }), NotSet},
+        {make<CArray>(), made<CArray>([&](CArray& a) { a.Label = u"new", a.Elements = nullptr, lost(a.Definition()); }),
+         wrongKind("CArray.Definition")},
+        {make<CArray>(), made<CArray>([](CArray& a) { a.Label = u"new", a.Elements = nullptr; }), NotSet},
     };
     for (const auto& [receiver, source, error] : rows)
         expectRefused(receiver, [&] { call(receiver, u"SetFromObject", source); }, error);
