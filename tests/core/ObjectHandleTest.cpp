@@ -43,18 +43,14 @@ TEST(ObjectHandle, RefusesObjectsThatAreNotTopLevelConstructsAndKeepsTheHeldOne)
     EXPECT_FALSE(handle->UntypedObject());
 }
 
-TEST(ObjectHandle, MakeAccessorsReturnTheHeldObjectOrRefuseAnotherClass) {
+TEST(ObjectHandle, AnEmptyHandleMakesNothingAndHasNoDefinition) {
     auto handle = make<CObject>();
     EXPECT_FALSE(handle->MakeCollection());  // empty handle: Nothing, no error
     EXPECT_TRUE(call(handle, u"MakeVariable").toObject() == nullptr);
     EXPECT_EQ(raised([&] { handle->ObjectDefinition(); }), NotSet);
-
+    // A filled handle's accessors are tried on every construct with the constructs.
     auto collection = collectionNamed(u"main");
     handle->SetUntypedObject(collection);
-    EXPECT_EQ(handle->MakeCollection().get(), collection.get());
-    EXPECT_EQ(call(handle, u"MakeCollection").toObject().get(), collection.get());
-    EXPECT_EQ(raised([&] { call(handle, u"MakeVariable"); }), TypeMismatch);
-    EXPECT_EQ(raised([&] { handle->MakeArray(); }), TypeMismatch);
     EXPECT_EQ(handle->ObjectDefinition().get(), collection->Definition().get());
 }
 
@@ -88,19 +84,16 @@ TEST(ObjectHandle, CopyHoldsADeepCopyAndAnEmptySourceKeepsTheBookkeeping) {
 }
 
 TEST(ObjectHandle, RendersTheHeldObjectAtTheSameLevel) {
-    auto handle = make<CObject>();
-    EXPECT_EQ(text(handle->ToString()), "OBJECT{}");
-    EXPECT_TRUE(handle->ToString(0).isEmpty());
-    EXPECT_EQ(text(handle->ToString(2)), "OBJECT{, AttributesAvailable:False, ChangeLevel:0, LastChangeLevel:0}");
-    auto collection = collectionNamed(u"main");
-    collection->Label = u"Main";
-    handle->SetUntypedObject(collection);
-    handle->AttributesAvailable = true;
-    handle->ChangeLevel = -3;
-    EXPECT_EQ(text(handle->ToString(1)), "OBJECT{COLLECTION{Definition{Name:main}}}");
-    EXPECT_EQ(text(handle->ToString(2)),
-              "OBJECT{COLLECTION{Definition{Name:main, Kind:9}, Label:Main, Help:, Members:MemberSet{Count:0}}, "
-              "AttributesAvailable:True, ChangeLevel:-3, LastChangeLevel:0}");
+    const auto filled = [] {
+        auto handle = made<CObject>([](CObject& h) { h.AttributesAvailable = true, h.ChangeLevel = -3; });
+        auto collection = made<CCollection>([](CCollection& c) { c.Definition()->SetName(u"main"), c.Label = u"Main"; });
+        return handle->SetUntypedObject(collection), handle;
+    };
+    expectRenderings({{make<CObject>, 1, "OBJECT{}"}, {make<CObject>, 0, nullptr},
+                      {make<CObject>, 2, "OBJECT{, AttributesAvailable:False, ChangeLevel:0, LastChangeLevel:0}"},
+                      {filled, 1, "OBJECT{COLLECTION{Definition{Name:main}}}"},
+                      {filled, 2, "OBJECT{COLLECTION{Definition{Name:main, Kind:9}, Label:Main, Help:, "
+                                  "Members:MemberSet{Count:0}}, AttributesAvailable:True, ChangeLevel:-3, LastChangeLevel:0}"}});
 }
 
 TEST(ObjectHandle, FieldsAndTheHeldObjectThroughDispatch) {

@@ -31,6 +31,7 @@ TEST(FlagArray, AnswersItsIdentifiersStoresNotZeroAndResizesWithClearFlags) {
     EXPECT_EQ(get(a, DispIdValue, std::int32_t{1}), Variant(true));
     let(a, u"flagcount", std::int32_t{6});
     EXPECT_EQ(get(a, u"FlagText"), Variant(Text(u"110100")));
+    EXPECT_TRUE(CFlagArray::staticClassInfo().find(DispIdValue)->params.at(0).byRef);
 }
 
 // ---- Character buffer ----

@@ -44,15 +44,6 @@ class Device:
     def __init__(self):
         self.constructs, self.objects = {}, t.CObjectSet()
 
-    def keep(self, cls, name, kind, **fields):
-        c = getattr(t, cls)()
-        c.Definition = definition(name, kind)
-        for field, value in fields.items():
-            setattr(c, field, value)
-        self.constructs[name] = c
-        self.objects.Add(c.MakeObject())
-        return c
-
     def item(self, cls, name=None, **fields):
         """A new `cls` with these fields; with a name, on a handle of that construct."""
         i = getattr(t, cls)()
@@ -61,6 +52,11 @@ class Device:
         for field, value in fields.items():
             setattr(i, field, value)
         return i
+
+    def keep(self, cls, name, kind, **fields):
+        c = self.constructs[name] = self.item(cls, Definition=definition(name, kind), **fields)
+        self.objects.Add(c.MakeObject())
+        return c
 
     def variable(self, name, kind, size, label, limits=None):
         v = self.keep("CVariable", name, t.ddoKVariableDef, Label=label)

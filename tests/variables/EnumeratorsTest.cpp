@@ -89,11 +89,10 @@ TEST(BitEnumerator, CompareFieldsThenClassStatusMethodBothWays) {
 }
 
 TEST(Enumerator, CompareValueDescriptionAndHelpExactly) {
-    auto base = item(2, u"High", u"h");
-    for (auto other : {item(3, u"High", u"h"), item(2, u"HIGH", u"h"), item(2, u"High", u"H")})
-        EXPECT_FALSE(base->Compare(other)) << text(other->ToString(2));
-    EXPECT_TRUE(base->GetCopy()->Compare(base));
-    EXPECT_EQ(raised([&] { base->Compare(nullptr); }), NotSet);
+    using E = CEnumerator&;
+    expectEachChangeDiffers<CEnumerator>([] { return item(2, u"High", u"h")->GetCopy(); },
+        {[](E e) { e.Value = 3; }, [](E e) { e.Description = u"HIGH"; }, [](E e) { e.Help = u"H"; }});
+    EXPECT_EQ(raised([] { item(2, u"High")->Compare(nullptr); }), NotSet);
 }
 
 // A status class without its output set cannot compare; an earlier
@@ -143,10 +142,9 @@ TEST(BitEnumerator, ARefusedCopyLeavesTheReceiverUnchanged) {
     auto source = bit(99, u"Broken");
     newClass(*source), newStatus(*source);
     source->Status->Output = nullptr;  // its status class cannot copy itself
-    EXPECT_EQ(raised([&] { receiver->SetFromObject(source); }), NotSet);
-    EXPECT_EQ(raised([&] { receiver->SetFromObject(nullptr); }), NotSet);
-    EXPECT_EQ(text(receiver->ToString(1)), "BitEnumerator{Description:Sensor failure}");
-    EXPECT_TRUE(receiver->Value == 4 && receiver->Class.get() == keptClass);
+    for (const auto& bad : {source, Ref<CBitEnumerator>()})
+        expectRefused(receiver, [&] { receiver->SetFromObject(bad); }, NotSet);
+    EXPECT_EQ(receiver->Class.get(), keptClass);
 }
 
 TEST(BitEnumerator, ObjectFieldsTakeOnlyTheirClass) {

@@ -93,13 +93,10 @@ Ref<COutputStatusClass> entry(enumDDOutputStatusClass kind, std::int32_t range, 
 }
 
 TEST(FlagClasses, OutputStatusClassCopiesAndComparesKindAndRange) {
-    auto a = entry(ddosCAO, -7, true);
-    EXPECT_EQ(text(a->ToString(2)), "OutputStatusClass{BESCHEIBUNG:01, Kind:2, Range:-7}");
-    auto b = a->GetCopy();
-    EXPECT_TRUE(b->Compare(a));
-    b->Range = 0;
-    EXPECT_FALSE(b->Compare(a));
-    EXPECT_FALSE(entry(ddosCTV, -7, true)->Compare(a));
+    EXPECT_EQ(text(entry(ddosCAO, -7, true)->ToString(2)), "OutputStatusClass{BESCHEIBUNG:01, Kind:2, Range:-7}");
+    using E = COutputStatusClass&;
+    expectEachChangeDiffers<COutputStatusClass>([] { return entry(ddosCAO, -7, true)->GetCopy(); },
+        {[](E e) { e.Range = 0; }, [](E e) { e.SetKind(ddosCTV); }});
 }
 
 TEST(FlagClasses, StatusClassCopiesItsOutputSetWhichSharesTheEntries) {

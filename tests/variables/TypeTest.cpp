@@ -286,16 +286,12 @@ TEST(Type, CopyTouchesOnlyWhatTheSourceKindOwns) {
 TEST(Type, RefusedCopyLeavesTheReceiverUnchanged) {
     auto receiver = typeOf(ddvTUnsigned);
     receiver->SetDisplayFormat(u"mine");
-    EXPECT_EQ(raised([&] { receiver->SetFromObject(intRange()); }), libraryError("Type.Kind", errors::KindFixed));
-    EXPECT_EQ(receiver->Kind(), ddvTUnsigned);
-    EXPECT_EQ(receiver->DisplayFormat(), u"mine");
-
-    auto fresh = make<CType>();
-    EXPECT_EQ(raised([&] { fresh->SetFromObject(indexType(false, true)); }), NotSet);
+    expectRefused(receiver, [&] { receiver->SetFromObject(intRange()); }, libraryError("Type.Kind", errors::KindFixed));
+    auto fresh = make<CType>();  // renders its kind
+    expectRefused(fresh, [&] { fresh->SetFromObject(indexType(false, true)); }, NotSet);
     auto noSet = typeOf(ddvTEnumerator);
     noSet->EnumeratorSet = nullptr;
-    EXPECT_EQ(raised([&] { fresh->SetFromObject(noSet); }), NotSet);
-    EXPECT_EQ(fresh->Kind(), ddvTUndefined);
+    expectRefused(fresh, [&] { fresh->SetFromObject(noSet); }, NotSet);
 }
 
 }  // namespace
