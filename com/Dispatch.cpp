@@ -214,10 +214,18 @@ public:
         enumerator_->reset();
         return S_OK;
     }
-    // The enumerator walks a snapshot it cannot share its position with.
+    // A new enumerator over the same snapshot, at the same place.
     HRESULT STDMETHODCALLTYPE Clone(IEnumVARIANT** out) override {
-        if (out) *out = nullptr;
-        return E_NOTIMPL;
+        if (!out) return E_POINTER;
+        *out = nullptr;
+        try {
+            IDispatch* copy = dispatchFor(enumerator_->clone());
+            const HRESULT hr = copy->QueryInterface(IID_IEnumVARIANT, reinterpret_cast<void**>(out));
+            copy->Release();
+            return hr;
+        } catch (...) {
+            return E_OUTOFMEMORY;
+        }
     }
 
 private:

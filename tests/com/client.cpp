@@ -247,7 +247,15 @@ void callsAndErrors() {
     ULONG fetched = 0;
     Var first[3];
     check(items && items->Next(3, first, &fetched) == S_OK && fetched == 3 && first[2].vt == VT_I2, "IEnumVARIANT");
-    if (items) items->Release();
+    // A clone goes on from the same place, independently.
+    IEnumVARIANT* clone = nullptr;
+    Var fourth[2];
+    check(items && items->Clone(&clone) == S_OK && clone->Next(1, &fourth[0], nullptr) == S_OK &&
+              items->Next(1, &fourth[1], nullptr) == S_OK && fourth[0].vt == VT_I4 && fourth[1].vt == VT_I4 &&
+              fourth[0].lVal == 1 << 30 && fourth[1].lVal == 1 << 30,
+          "IEnumVARIANT::Clone");
+    for (IEnumVARIANT* e : {items, clone})
+        if (e) e->Release();
 
     // A by-reference argument gets the member's final value back.
     IDispatch* variable = createByName(L"TylHartTypes.CVariable");
