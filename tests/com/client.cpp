@@ -428,6 +428,10 @@ void vtableCalls() {
     check(vcall(var, L"TypeInfo", INVOKE_PROPERTYPUTREF, type) == S_OK && vcall(var, L"TypeInfo", INVOKE_PROPERTYGET, &stored) == S_OK &&
               stored == type && call(var, L"TypeInfo", DISPATCH_PROPERTYGET).result.pdispVal == type,
           "vtable object set and get");
+    check(vcall(var, L"TypeInfo", INVOKE_PROPERTYPUTREF, def) == static_cast<HRESULT>(0x800A000D) &&
+              errorInfo() == "TylHartTypes|Type mismatch" && call(var, L"TypeInfo", DISPATCH_PROPERTYGET).result.pdispVal == type,
+          "vtable set refused: the object keeps its value");
+    check(vcall(var, L"ErrorCode", INVOKE_PROPERTYGET, static_cast<long*>(nullptr)) == E_POINTER, "vtable get without a result place");
     // By reference: the member's final value reaches the caller's variable.
     call(type, L"Kind", DISPATCH_PROPERTYPUT, {Var(7L)});
     call(type, L"Size", DISPATCH_PROPERTYPUT, {Var(8L)});
