@@ -7,6 +7,7 @@
 #include <ocidl.h>
 
 #include <string>
+#include <vector>
 
 #include "tylhart/automation/Registry.hpp"
 #include "tylhart/core/Dispatch.hpp"
@@ -55,10 +56,35 @@ Ref<Object> unwrap(IUnknown* unknown);
 inline constexpr GUID IidLibraryObject = {0x02881c59, 0xc8f0, 0x4036, {0x92, 0x08, 0x8b, 0xe4, 0x19, 0xac, 0x2a, 0xe2}};
 
 // Hands a raised error to the client: EXCEPINFO (if given) and the thread's
-// error information carry number, Source and Description.
+// error information carry number, Source and Description. The status to
+// return: DISP_E_EXCEPTION where EXCEPINFO carries the number, else the
+// number itself (a vtable call or a factory has nowhere else to put it).
 HRESULT reportError(const Error& error, const GUID& iid, EXCEPINFO* info);
 
 // Writes the type library file from the member tables.
 HRESULT writeTypeLibrary(const std::wstring& path);
+
+// ---- The dual interfaces' vtables ----
+
+// One vtable slot per accessor, after IDispatch's seven: for each member in
+// table order its get (or else its method), then its let, then its set. The
+// type library and every object's vtable follow this one list.
+struct Accessor {
+    const MemberInfo* member;
+    Access kind;
+};
+std::vector<Accessor> accessorsOf(const ClassInfo& c);
+
+// The kind a member table's type name has on the vtable: enumerations are
+// VT_I4, objects VT_DISPATCH (NewEnum's VT_UNKNOWN), "Byte()" a byte
+// SAFEARRAY, no type VT_VOID.
+VARTYPE vartypeOf(const Text& typeName);
+
+// The slot thunks, the same for every class: thunk k hands slot k and the
+// caller's spilled argument registers to the wrapper (Dispatch.cpp). A class
+// with more accessors than thunks is refused at registration.
+#define TYLHART_SLOT_CAPACITY 512  // a literal: the thunks' assembly repeats this often
+inline constexpr std::size_t SlotCapacity = TYLHART_SLOT_CAPACITY;
+extern "C" const void* const tylhartSlotThunks[SlotCapacity];
 
 }  // namespace tylhart::com

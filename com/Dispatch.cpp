@@ -1,6 +1,10 @@
-// The COM face of every library object: IDispatch over the class's member
-// table, ISupportErrorInfo, and IEnumVARIANT for NewEnum's enumerator.
+// The COM face of every library object: its class's dual interface (the
+// IDispatch entries and one vtable slot per accessor, both over the member
+// table), ISupportErrorInfo, and IEnumVARIANT for NewEnum's enumerator.
+#include <algorithm>
 #include <atomic>
+#include <cstring>
+#include <map>
 #include <mutex>
 #include <new>
 #include <unordered_map>
@@ -37,17 +41,35 @@ HRESULT typeInfoOf(const char16_t* guid, ITypeInfo** info) {
     return hr;
 }
 
-class Wrapper final : public IDispatch, public ISupportErrorInfo, public IProvideClassInfo, public IEnumVARIANT {
+// What an object's vtable holds for its class: the accessors in slot order
+// and the vtable itself, IDispatch's seven entries followed by the thunks.
+struct Layout {
+    std::vector<Accessor> accessors;
+    std::vector<const void*> vtable;
+};
+const Layout& layoutOf(const ClassInfo& c);
+
+// The interface pointer every client holds: a vtable pointer, as the
+// binary standard wants it, and the wrapper it belongs to.
+struct Face {
+    const void* const* vtable;
+    Wrapper* owner;
+};
+
+class Wrapper final : public ISupportErrorInfo, public IProvideClassInfo, public IEnumVARIANT {
 public:
     explicit Wrapper(Ref<Object> object)
         : object_(std::move(object)),
           entry_(automation::findClass(object_->className())),
-          enumerator_(dynamic_cast<Enumerator*>(object_.get())) {
+          enumerator_(dynamic_cast<Enumerator*>(object_.get())),
+          layout_(layoutOf(object_->classInfo())),
+          face_{layout_.vtable.data(), this} {
         objectCreated();
     }
     ~Wrapper() { objectDestroyed(); }
 
     Object& object() noexcept { return *object_; }
+    IDispatch* face() noexcept { return reinterpret_cast<IDispatch*>(&face_); }
 
     // IUnknown
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override {
@@ -55,7 +77,7 @@ public:
         *out = nullptr;
         if (iid == IID_IUnknown || iid == IID_IDispatch || iid == IidLibraryObject ||
             (entry_ && iid == toGuid(entry_->iid)))
-            *out = static_cast<IDispatch*>(this);
+            *out = face();
         else if (iid == IID_ISupportErrorInfo)
             *out = static_cast<ISupportErrorInfo*>(this);
         else if (iid == IID_IProvideClassInfo && entry_)
@@ -79,17 +101,30 @@ public:
         return left;
     }
 
-    // IDispatch
-    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) override {
+    // IDispatch, reached through the face's first seven slots
+    HRESULT GetTypeInfoCount(UINT* count) {
         if (!count) return E_POINTER;
         *count = entry_ ? 1 : 0;
         return S_OK;
     }
-    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT index, LCID, ITypeInfo** info) override {
+    // The dispatch view of the dual interface, as IDispatch describes itself.
+    HRESULT GetTypeInfo(UINT index, LCID, ITypeInfo** info) {
         if (index != 0 || !entry_) return DISP_E_BADINDEX;
-        return typeInfoOf(entry_->iid, info);
+        HRESULT hr = typeInfoOf(entry_->iid, info);
+        TYPEATTR* attr = nullptr;
+        if (FAILED(hr) || FAILED((*info)->GetTypeAttr(&attr))) return hr;
+        const bool vtableView = attr->typekind == TKIND_INTERFACE;
+        (*info)->ReleaseTypeAttr(attr);
+        if (!vtableView) return S_OK;
+        ITypeInfo* dual = *info;
+        HREFTYPE view = 0;
+        hr = dual->GetRefTypeOfImplType(static_cast<UINT>(-1), &view);
+        *info = nullptr;
+        if (SUCCEEDED(hr)) hr = dual->GetRefTypeInfo(view, info);
+        dual->Release();
+        return hr;
     }
-    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR* names, UINT count, LCID, DISPID* ids) override {
+    HRESULT GetIDsOfNames(REFIID, LPOLESTR* names, UINT count, LCID, DISPID* ids) {
         if (!names || !ids || count == 0) return E_INVALIDARG;
         const MemberInfo* m = nullptr;
         try {
@@ -110,8 +145,8 @@ public:
         }
         return hr;
     }
-    HRESULT STDMETHODCALLTYPE Invoke(DISPID id, REFIID riid, LCID, WORD flags, DISPPARAMS* params,
-                                     VARIANT* result, EXCEPINFO* exception, UINT* argError) override {
+    HRESULT Invoke(DISPID id, REFIID riid, LCID, WORD flags, DISPPARAMS* params, VARIANT* result,
+                   EXCEPINFO* exception, UINT* argError) {
         if (riid != IID_NULL) return DISP_E_UNKNOWNINTERFACE;
         DISPPARAMS none{};
         if (!params) params = &none;
@@ -121,8 +156,7 @@ public:
         SetErrorInfo(0, nullptr);
         const MemberInfo* m = object_->classInfo().find(static_cast<DispId>(id));
         if (!m) return DISP_E_MEMBERNOTFOUND;
-        // Nothing may leave a COM method as an exception.
-        try {
+        return guarded(exception, [&]() -> HRESULT {
             const Access kind = accessOf(flags);
             const bool put = kind == Access::Let || kind == Access::Set;
 
@@ -151,29 +185,65 @@ public:
             }
             if (assigned) sources.push_back(assigned);
 
-            std::vector<Variant> args(sources.size(), Variant(Missing{}));
-            for (std::size_t i = 0; i < sources.size(); ++i)
-                if (sources[i]) args[i] = fromVariant(*sources[i]);
-            Variant out;
-            try {
-                out = tylhart::invoke(*object_, static_cast<DispId>(id), kind, args);
-            } catch (...) {
-                writeBackAll(*m, sources, args);
-                throw;
-            }
-            writeBackAll(*m, sources, args);
+            const Variant out = run(*m, kind, sources);
             if (result) {
                 VariantInit(result);
                 toVariant(out, *result);
             }
             return S_OK;
-        } catch (const Error& e) {
-            return reportError(e, entry_ ? toGuid(entry_->iid) : IID_IDispatch, exception);
-        } catch (const std::bad_alloc&) {
-            return E_OUTOFMEMORY;
-        } catch (...) {
-            return E_UNEXPECTED;
-        }
+        });
+    }
+
+    // A call through vtable slot `slot`. positions[0] is the face, then the
+    // arguments in 8-byte slots as the caller placed them; xmm holds XMM1-XMM3,
+    // where floating arguments in positions 1-3 arrive instead. Each argument
+    // becomes the VARIANT a late-bound caller would have passed (a pointer
+    // parameter a VT_BYREF one), and the call takes Invoke's path.
+    HRESULT callSlot(unsigned slot, const std::uint64_t* positions, const std::uint64_t* xmm) {
+        if (slot >= layout_.accessors.size()) return E_UNEXPECTED;  // the vtable has no such slot
+        const Accessor& a = layout_.accessors[slot];
+        const MemberInfo& m = *a.member;
+        const bool put = a.kind == Access::Let || a.kind == Access::Set;
+        const std::size_t count = m.params.size() + (put ? 1 : 0);
+        SetErrorInfo(0, nullptr);
+        return guarded(nullptr, [&]() -> HRESULT {
+            std::vector<VARIANT> given(count);
+            std::vector<const VARIANT*> sources(count, nullptr);
+            for (std::size_t i = 0; i < count; ++i) {
+                const bool byRef = i < m.params.size() && m.params[i].byRef;
+                const VARTYPE vt = vartypeOf(i < m.params.size() ? m.params[i].type : m.type);
+                const bool floating = vt == VT_R4 || vt == VT_R8 || vt == VT_DATE;
+                const std::uint64_t raw = floating && !byRef && i < 3 ? xmm[i] : positions[i + 1];
+                VARIANT& v = given[i];
+                VariantInit(&v);
+                // VARIANTs by value come as a pointer to the caller's copy.
+                if (byRef || vt == VT_VARIANT) {
+                    if (!raw) continue;  // no variable given: the argument is left out
+                    v.vt = VT_BYREF | vt;
+                    v.byref = reinterpret_cast<void*>(raw);
+                } else {
+                    std::memcpy(&v.llVal, &raw, sizeof raw);
+                    v.vt = vt;
+                }
+                sources[i] = &v;
+            }
+            // The result's place is the caller's, uninitialised: cleared first so
+            // it holds nothing to free, and nothing stale if the call fails.
+            VARIANT out;
+            VariantInit(&out);
+            if (!put && !m.type.empty()) {
+                out.vt = VT_BYREF | vartypeOf(m.type);
+                out.byref = reinterpret_cast<void*>(positions[count + 1]);
+                if (!out.byref) return E_POINTER;
+                if (out.vt == (VT_BYREF | VT_VARIANT)) VariantInit(out.pvarVal);
+                else if (out.vt == (VT_BYREF | VT_BSTR) || out.vt == (VT_BYREF | VT_DISPATCH) ||
+                         out.vt == (VT_BYREF | VT_UNKNOWN) || out.vt == (VT_BYREF | VT_ARRAY | VT_UI1))
+                    *out.ppunkVal = nullptr;
+            }
+            const Variant result = run(m, a.kind, sources);
+            if (out.byref) writeBack(result, out);
+            return S_OK;
+        });
     }
 
     // ISupportErrorInfo
@@ -214,26 +284,104 @@ public:
         enumerator_->reset();
         return S_OK;
     }
-    // The enumerator walks a snapshot it cannot share its position with.
+    // A new enumerator over the same snapshot, at the same place.
     HRESULT STDMETHODCALLTYPE Clone(IEnumVARIANT** out) override {
-        if (out) *out = nullptr;
-        return E_NOTIMPL;
+        if (!out) return E_POINTER;
+        *out = nullptr;
+        try {
+            IDispatch* copy = dispatchFor(enumerator_->clone());
+            const HRESULT hr = copy->QueryInterface(IID_IEnumVARIANT, reinterpret_cast<void**>(out));
+            copy->Release();
+            return hr;
+        } catch (...) {
+            return E_OUTOFMEMORY;
+        }
     }
 
 private:
-    // Only parameters the member declares by reference change the caller's
-    // variable; written back even when the member raised, as in place.
-    static void writeBackAll(const MemberInfo& m, const std::vector<const VARIANT*>& sources,
-                             const std::vector<Variant>& args) {
-        for (std::size_t i = 0; i < sources.size() && i < m.params.size(); ++i)
-            if (m.params[i].byRef && sources[i] && (sources[i]->vt & VT_BYREF)) writeBack(args[i], *sources[i]);
+    // Nothing may leave a COM method as an exception.
+    template <class F>
+    HRESULT guarded(EXCEPINFO* exception, F&& body) {
+        try {
+            return body();
+        } catch (const Error& e) {
+            return reportError(e, entry_ ? toGuid(entry_->iid) : IID_IDispatch, exception);
+        } catch (const std::bad_alloc&) {
+            return E_OUTOFMEMORY;
+        } catch (...) {
+            return E_UNEXPECTED;
+        }
+    }
+
+    // The one call path of Invoke and the vtable: the caller's VARIANTs
+    // converted, the member run by the dispatch layer, and the parameters it
+    // declares by reference written back into the caller's variables, on
+    // return and on raise alike, as they would be changed in place.
+    Variant run(const MemberInfo& m, Access kind, const std::vector<const VARIANT*>& sources) {
+        std::vector<Variant> args(sources.size(), Variant(Missing{}));
+        for (std::size_t i = 0; i < sources.size(); ++i)
+            if (sources[i]) args[i] = fromVariant(*sources[i]);
+        const auto writeBackAll = [&] {
+            for (std::size_t i = 0; i < sources.size() && i < m.params.size(); ++i)
+                if (m.params[i].byRef && sources[i] && (sources[i]->vt & VT_BYREF)) writeBack(args[i], *sources[i]);
+        };
+        Variant out;
+        try {
+            out = tylhart::invoke(*object_, m.id, kind, args);
+        } catch (...) {
+            writeBackAll();
+            throw;
+        }
+        writeBackAll();
+        return out;
     }
 
     std::atomic<ULONG> references_{0};
     Ref<Object> object_;
     const automation::ClassEntry* entry_;
     Enumerator* enumerator_;
+    const Layout& layout_;
+    Face face_;
 };
+
+// The face's IDispatch entries, handing the call to its wrapper.
+HRESULT STDMETHODCALLTYPE faceQueryInterface(Face* f, REFIID iid, void** out) { return f->owner->QueryInterface(iid, out); }
+ULONG STDMETHODCALLTYPE faceAddRef(Face* f) { return f->owner->AddRef(); }
+ULONG STDMETHODCALLTYPE faceRelease(Face* f) { return f->owner->Release(); }
+HRESULT STDMETHODCALLTYPE faceGetTypeInfoCount(Face* f, UINT* count) { return f->owner->GetTypeInfoCount(count); }
+HRESULT STDMETHODCALLTYPE faceGetTypeInfo(Face* f, UINT index, LCID locale, ITypeInfo** info) {
+    return f->owner->GetTypeInfo(index, locale, info);
+}
+HRESULT STDMETHODCALLTYPE faceGetIDsOfNames(Face* f, REFIID iid, LPOLESTR* names, UINT count, LCID locale, DISPID* ids) {
+    return f->owner->GetIDsOfNames(iid, names, count, locale, ids);
+}
+HRESULT STDMETHODCALLTYPE faceInvoke(Face* f, DISPID id, REFIID iid, LCID locale, WORD flags, DISPPARAMS* params,
+                                     VARIANT* result, EXCEPINFO* exception, UINT* argError) {
+    return f->owner->Invoke(id, iid, locale, flags, params, result, exception, argError);
+}
+
+const Layout& layoutOf(const ClassInfo& c) {
+    static std::mutex lock;
+    static std::map<const ClassInfo*, Layout> layouts;
+    std::lock_guard guard(lock);
+    auto [it, added] = layouts.try_emplace(&c);
+    Layout& layout = it->second;
+    if (!added) return layout;
+    try {
+        layout.accessors = accessorsOf(c);
+        // The type library refuses a class with more accessors than thunks.
+        layout.accessors.resize(std::min(layout.accessors.size(), SlotCapacity));
+        layout.vtable = {reinterpret_cast<const void*>(&faceQueryInterface), reinterpret_cast<const void*>(&faceAddRef),
+                         reinterpret_cast<const void*>(&faceRelease), reinterpret_cast<const void*>(&faceGetTypeInfoCount),
+                         reinterpret_cast<const void*>(&faceGetTypeInfo), reinterpret_cast<const void*>(&faceGetIDsOfNames),
+                         reinterpret_cast<const void*>(&faceInvoke)};
+        layout.vtable.insert(layout.vtable.end(), tylhartSlotThunks, tylhartSlotThunks + layout.accessors.size());
+    } catch (...) {
+        layouts.erase(it);
+        throw;
+    }
+    return layout;
+}
 
 }  // namespace
 
@@ -249,7 +397,7 @@ IDispatch* dispatchFor(const Ref<Object>& object) {
         }
     }
     it->second->AddRef();
-    return it->second;
+    return it->second->face();
 }
 
 Ref<Object> unwrap(IUnknown* unknown) {
@@ -257,7 +405,7 @@ Ref<Object> unwrap(IUnknown* unknown) {
     IUnknown* ours = nullptr;
     if (FAILED(unknown->QueryInterface(IidLibraryObject, reinterpret_cast<void**>(&ours))) || !ours)
         errors::raise(errors::Runtime::TypeMismatch);
-    Ref<Object> object(&static_cast<Wrapper*>(static_cast<IDispatch*>(ours))->object());
+    Ref<Object> object(&reinterpret_cast<Face*>(ours)->owner->object());
     ours->Release();
     return object;
 }
@@ -281,7 +429,7 @@ HRESULT reportError(const Error& error, const GUID& iid, EXCEPINFO* info) {
     if (!info) {
         SysFreeString(source);
         SysFreeString(description);
-        return DISP_E_EXCEPTION;
+        return error.number() < 0 ? error.number() : E_FAIL;
     }
     *info = EXCEPINFO{};
     info->bstrSource = source;
@@ -291,3 +439,9 @@ HRESULT reportError(const Error& error, const GUID& iid, EXCEPINFO* info) {
 }
 
 }  // namespace tylhart::com
+
+// Entered from the slot thunks (Thunks.cpp) with the face in positions[0].
+extern "C" HRESULT tylhartCallSlot(unsigned slot, const std::uint64_t* positions, const std::uint64_t* xmm) {
+    using namespace tylhart::com;
+    return reinterpret_cast<Face*>(positions[0])->owner->callSlot(slot, positions, xmm);
+}

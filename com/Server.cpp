@@ -50,8 +50,7 @@ public:
         } catch (const Error& e) {
             // The record reaches the client through its error information;
             // the number is already an HRESULT.
-            reportError(e, IID_IClassFactory, nullptr);
-            return e.number() < 0 ? e.number() : E_FAIL;
+            return reportError(e, IID_IClassFactory, nullptr);
         } catch (...) {
             return E_UNEXPECTED;
         }

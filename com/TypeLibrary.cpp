@@ -29,6 +29,12 @@ struct Releaser {
 template <class T>
 using Com = std::unique_ptr<T, Releaser<T>>;
 
+bool isEnumeration(const Text& name) {
+    for (const EnumInfo& e : enumerations())
+        if (name == e.name) return true;
+    return false;
+}
+
 #define CHECK(call)                          \
     do {                                     \
         const HRESULT hr_ = (call);          \
@@ -113,14 +119,18 @@ private:
         return S_OK;
     }
 
+    // Dual: a vtable of IDispatch's seven functions and one per accessor,
+    // and the dispatch view the runtime derives from it.
     HRESULT declareInterface(const automation::ClassEntry& c) {
+        if (accessorsOf(c.classInfo()).size() > SlotCapacity) return TYPE_E_SIZETOOBIG;
         Described* d = nullptr;
         const GUID iid = toGuid(c.iid);
-        CHECK(newType(c.interfaceName(), TKIND_DISPATCH, &iid, d));
-        CHECK(d->create->SetTypeFlags(TYPEFLAG_FHIDDEN | TYPEFLAG_FDISPATCHABLE));
+        CHECK(newType(c.interfaceName(), TKIND_INTERFACE, &iid, d));
         HREFTYPE base = 0;
         CHECK(d->create->AddRefTypeInfo(dispatch_.get(), &base));
-        return d->create->AddImplType(0, base);
+        CHECK(d->create->AddImplType(0, base));
+        return d->create->SetTypeFlags(TYPEFLAG_FHIDDEN | TYPEFLAG_FDUAL | TYPEFLAG_FOLEAUTOMATION |
+                                       TYPEFLAG_FDISPATCHABLE);
     }
 
     HRESULT coclass(const automation::ClassEntry& c) {
@@ -146,37 +156,21 @@ private:
     }
 
     // The type description of a member table's type name. Classes of the
-    // table are their interfaces; other objects plain IDispatch.
+    // table are their interfaces, enumerations their own types.
     HRESULT typeOf(ICreateTypeInfo* owner, const Text& name, TYPEDESC& out) {
-        static const std::map<Text, VARTYPE> scalars = {
-            {u"Integer", VT_I2}, {u"Long", VT_I4},     {u"Single", VT_R4},    {u"Double", VT_R8},
-            {u"Currency", VT_CY}, {u"Date", VT_DATE},  {u"String", VT_BSTR},  {u"Boolean", VT_BOOL},
-            {u"Byte", VT_UI1},   {u"Variant", VT_VARIANT}, {u"Object", VT_DISPATCH}, {u"IUnknown", VT_UNKNOWN},
-        };
         out = TYPEDESC{};
-        if (name.empty()) {
-            out.vt = VT_VOID;
-            return S_OK;
-        }
-        if (auto it = scalars.find(name); it != scalars.end()) {
-            out.vt = it->second;
-            return S_OK;
-        }
-        if (name == u"Byte()") {
+        out.vt = vartypeOf(name);
+        if (out.vt == (VT_ARRAY | VT_UI1)) {
             out.vt = VT_SAFEARRAY;
             out.lptdesc = &nested_.emplace_back(TYPEDESC{{nullptr}, VT_UI1});
             return S_OK;
         }
         const automation::ClassEntry* c = automation::findClass(name);
-        const bool isClass = c && c->built();
-        auto it = types_.find(isClass ? c->interfaceName() : name);
-        if (!isClass && (it == types_.end() || !isEnumeration(name))) {
-            out.vt = VT_DISPATCH;
-            return S_OK;
-        }
+        const bool isClass = out.vt == VT_DISPATCH && c && c->built();
+        if (!isClass && !isEnumeration(name)) return S_OK;
         TYPEDESC user{};
         user.vt = VT_USERDEFINED;
-        CHECK(owner->AddRefTypeInfo(it->second.info.get(), &user.hreftype));
+        CHECK(owner->AddRefTypeInfo(types_.at(isClass ? c->interfaceName() : name).info.get(), &user.hreftype));
         if (!isClass) {
             out = user;
             return S_OK;
@@ -184,12 +178,6 @@ private:
         out.vt = VT_PTR;
         out.lptdesc = &nested_.emplace_back(user);
         return S_OK;
-    }
-
-    static bool isEnumeration(const Text& name) {
-        for (const EnumInfo& e : enumerations())
-            if (name == e.name) return true;
-        return false;
     }
 
     // A parameter: in (and out when by reference), optional, with its
@@ -227,44 +215,45 @@ private:
         return S_OK;
     }
 
-    HRESULT function(Described& d, const MemberInfo& m, INVOKEKIND kind, UINT& index) {
-        const bool put = kind == INVOKE_PROPERTYPUT || kind == INVOKE_PROPERTYPUTREF;
-        std::vector<ELEMDESC> params(m.params.size() + (put ? 1 : 0));
+    // One vtable function: the member's parameters, the assigned value of a
+    // put, and the result of a get or method as a final [out, retval].
+    HRESULT function(Described& d, const Accessor& a, UINT index) {
+        const MemberInfo& m = *a.member;
+        const bool put = a.kind == Access::Let || a.kind == Access::Set;
+        const bool retval = !put && !m.type.empty();
+        std::vector<ELEMDESC> params(m.params.size() + (put || retval ? 1 : 0));
         for (std::size_t i = 0; i < m.params.size(); ++i) CHECK(parameter(d.create.get(), m.params[i], params[i]));
+        if (put || retval) {
+            ELEMDESC& last = params.back();
+            CHECK(typeOf(d.create.get(), m.type, last.tdesc));
+            last.paramdesc.wParamFlags = PARAMFLAG_FIN;
+            if (retval) {
+                last.tdesc = TYPEDESC{{&nested_.emplace_back(last.tdesc)}, VT_PTR};
+                last.paramdesc.wParamFlags = PARAMFLAG_FOUT | PARAMFLAG_FRETVAL;
+            }
+        }
         FUNCDESC f{};
         f.memid = m.id;
-        f.funckind = FUNC_DISPATCH;
-        f.invkind = kind;
+        f.funckind = FUNC_PUREVIRTUAL;
+        f.invkind = static_cast<INVOKEKIND>(a.kind);  // valued as the invocation kinds
         f.callconv = CC_STDCALL;
+        f.oVft = static_cast<SHORT>((7 + index) * sizeof(void*));
         f.cParams = static_cast<SHORT>(params.size());
         f.lprgelemdescParam = params.empty() ? nullptr : params.data();
-        if (put) {
-            CHECK(typeOf(d.create.get(), m.type, params.back().tdesc));
-            params.back().paramdesc.wParamFlags = PARAMFLAG_FIN;
-            f.elemdescFunc.tdesc.vt = VT_VOID;
-        } else {
-            CHECK(typeOf(d.create.get(), m.type, f.elemdescFunc.tdesc));
-        }
+        f.elemdescFunc.tdesc.vt = VT_HRESULT;
         if (m.hidden) f.wFuncFlags |= FUNCFLAG_FHIDDEN;
         if (m.id == DispIdNewEnum) f.wFuncFlags |= FUNCFLAG_FRESTRICTED;
         CHECK(d.create->AddFuncDesc(index, &f));
-        // The assigned value of a put has no name of its own.
+        // The assigned value of a put and the result have no names of their own.
         std::vector<LPOLESTR> names{const_cast<LPOLESTR>(wide(m.name))};
         for (const ParamInfo& p : m.params) names.push_back(const_cast<LPOLESTR>(wide(p.name)));
-        CHECK(d.create->SetFuncAndParamNames(index, names.data(), static_cast<UINT>(names.size())));
-        ++index;
-        return S_OK;
+        return d.create->SetFuncAndParamNames(index, names.data(), static_cast<UINT>(names.size()));
     }
 
     HRESULT members(const automation::ClassEntry& c) {
         Described& d = types_.at(c.interfaceName());
         UINT index = 0;
-        for (const MemberInfo& m : c.classInfo().members()) {
-            if (m.get) CHECK(function(d, m, INVOKE_PROPERTYGET, index));
-            else if (m.method) CHECK(function(d, m, INVOKE_FUNC, index));
-            if (m.let) CHECK(function(d, m, INVOKE_PROPERTYPUT, index));
-            if (m.set) CHECK(function(d, m, INVOKE_PROPERTYPUTREF, index));
-        }
+        for (const Accessor& a : accessorsOf(c.classInfo())) CHECK(function(d, a, index++));
         return S_OK;
     }
 
@@ -276,6 +265,28 @@ private:
 };
 
 }  // namespace
+
+std::vector<Accessor> accessorsOf(const ClassInfo& c) {
+    std::vector<Accessor> out;
+    for (const MemberInfo& m : c.members()) {
+        if (m.get) out.push_back({&m, Access::Get});
+        else if (m.method) out.push_back({&m, Access::Method});
+        if (m.let) out.push_back({&m, Access::Let});
+        if (m.set) out.push_back({&m, Access::Set});
+    }
+    return out;
+}
+
+VARTYPE vartypeOf(const Text& name) {
+    static const std::map<Text, VARTYPE> scalars = {
+        {u"Integer", VT_I2}, {u"Long", VT_I4},     {u"Single", VT_R4},    {u"Double", VT_R8},
+        {u"Currency", VT_CY}, {u"Date", VT_DATE},  {u"String", VT_BSTR},  {u"Boolean", VT_BOOL},
+        {u"Byte", VT_UI1},   {u"Variant", VT_VARIANT}, {u"Object", VT_DISPATCH}, {u"IUnknown", VT_UNKNOWN},
+        {u"Byte()", VT_ARRAY | VT_UI1}, {u"", VT_VOID},
+    };
+    if (auto it = scalars.find(name); it != scalars.end()) return it->second;
+    return isEnumeration(name) ? VT_I4 : VT_DISPATCH;
+}
 
 HRESULT writeTypeLibrary(const std::wstring& path) {
     Writer writer;

@@ -81,12 +81,70 @@ std::string text(const Outcome& o) {
     return o.hr == S_OK && o.result.vt == VT_BSTR ? narrow(o.result.bstrVal) : "<" + o.record() + ">";
 }
 
+// The thread's error information as "Source|Description".
+std::string errorInfo() {
+    IErrorInfo* info = nullptr;
+    BSTR source = nullptr, description = nullptr;
+    if (GetErrorInfo(0, &info) == S_OK && info) {
+        info->GetSource(&source);
+        info->GetDescription(&description);
+        info->Release();
+    }
+    const std::string out = narrow(source) + "|" + narrow(description);
+    SysFreeString(source);
+    SysFreeString(description);
+    return out;
+}
+
 IDispatch* create(const automation::ClassEntry& c) {
     IDispatch* d = nullptr;
     const HRESULT hr = CoCreateInstance(guidOf(c.clsid), nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch,
                                         reinterpret_cast<void**>(&d));
     check(hr == S_OK && d, "CoCreateInstance " + toUtf8(c.name));
     return d;
+}
+
+// The vtable view of a dual interface, from its dispatch view.
+ITypeInfo* vtableView(ITypeInfo* dispatchView) {
+    HREFTYPE ref = 0;
+    ITypeInfo* view = nullptr;
+    if (dispatchView->GetRefTypeOfImplType(static_cast<UINT>(-1), &ref) == S_OK) dispatchView->GetRefTypeInfo(ref, &view);
+    return view;
+}
+
+// The vtable: IDispatch's seven slots, then one per accessor in table order
+// (each member's get or else method, its let, its set), every one returning
+// HRESULT, with a get's or method's result as a final [out, retval].
+void vtableMatches(ITypeInfo* dispatchView, const automation::ClassEntry& c) {
+    const std::string cls = toUtf8(c.name);
+    ITypeInfo* view = vtableView(dispatchView);
+    TYPEATTR* attr = nullptr;
+    check(view && view->GetTypeAttr(&attr) == S_OK && attr->typekind == TKIND_INTERFACE &&
+              (attr->wTypeFlags & TYPEFLAG_FDUAL) && (attr->wTypeFlags & TYPEFLAG_FOLEAUTOMATION),
+          cls + ": dual interface's vtable view");
+    if (!attr) return;
+    std::string want, got;
+    UINT slot = 0;
+    for (const MemberInfo& m : c.classInfo().members())
+        for (const INVOKEKIND kind : {m.get ? INVOKE_PROPERTYGET : m.method ? INVOKE_FUNC : INVOKEKIND(0),
+                                      m.let ? INVOKE_PROPERTYPUT : INVOKEKIND(0), m.set ? INVOKE_PROPERTYPUTREF : INVOKEKIND(0)}) {
+            if (!kind) continue;
+            const bool put = kind & (INVOKE_PROPERTYPUT | INVOKE_PROPERTYPUTREF), retval = !put && !m.type.empty();
+            want += std::to_string((7 + slot++) * 8) + ":" + std::to_string(m.id) + "/" + std::to_string(kind) + "/" +
+                    std::to_string(m.params.size() + put + retval) + (retval ? "r " : " ");
+        }
+    for (UINT i = 0; i < attr->cFuncs; ++i) {
+        FUNCDESC* f = nullptr;
+        if (view->GetFuncDesc(i, &f) != S_OK) continue;
+        const bool retval = f->cParams && (f->lprgelemdescParam[f->cParams - 1].paramdesc.wParamFlags & PARAMFLAG_FRETVAL);
+        const bool virt = f->funckind == FUNC_PUREVIRTUAL && f->elemdescFunc.tdesc.vt == VT_HRESULT;
+        got += std::to_string(f->oVft) + ":" + std::to_string(f->memid) + "/" + std::to_string(f->invkind) + "/" +
+               std::to_string(f->cParams) + (retval ? "r" : "") + (virt ? " " : "? ");
+        view->ReleaseFuncDesc(f);
+    }
+    check(got == want && attr->cbSizeVft == (7 + slot) * 8, cls + ": vtable " + got + " described as " + want);
+    view->ReleaseTypeAttr(attr);
+    view->Release();
 }
 
 // The interface's type information lists every accessor of every member
@@ -99,7 +157,9 @@ void typeInfoMatches(IDispatch* d, const automation::ClassEntry& c) {
     if (!info) return;
     TYPEATTR* attr = nullptr;
     info->GetTypeAttr(&attr);
-    check(IsEqualGUID(attr->guid, guidOf(c.iid)) && attr->typekind == TKIND_DISPATCH, cls + ": interface identity");
+    check(IsEqualGUID(attr->guid, guidOf(c.iid)) && attr->typekind == TKIND_DISPATCH && (attr->wTypeFlags & TYPEFLAG_FDUAL),
+          cls + ": interface identity");
+    vtableMatches(info, c);
     std::size_t expected = 0, own = 0;
     for (const MemberInfo& m : c.classInfo().members()) expected += (m.get || m.method) + !!m.let + !!m.set;
     for (UINT i = 0; i < attr->cFuncs; ++i) {
@@ -156,12 +216,23 @@ void library() {
     ITypeLib* lib = nullptr;
     check(LoadRegTypeLib(guidOf(automation::typeLibrary().guid), 1, 0, 0x409, &lib) == S_OK, "registered type library");
     if (!lib) return;
-    int kinds[TKIND_MAX] = {};
+    int kinds[TKIND_MAX] = {}, dualAliases = 0;
     for (UINT i = 0; i < lib->GetTypeInfoCount(); ++i) {
         TYPEKIND k;
         lib->GetTypeInfoType(i, &k);
         ++kinds[k];
+        ITypeInfo *alias = nullptr, *target = nullptr;
+        TYPEATTR *a = nullptr, *t = nullptr;
+        if (k == TKIND_ALIAS && lib->GetTypeInfo(i, &alias) == S_OK && alias->GetTypeAttr(&a) == S_OK &&
+            a->tdescAlias.vt == VT_USERDEFINED && alias->GetRefTypeInfo(a->tdescAlias.hreftype, &target) == S_OK &&
+            target->GetTypeAttr(&t) == S_OK)
+            dualAliases += (t->wTypeFlags & TYPEFLAG_FDUAL) != 0;
+        if (t) target->ReleaseTypeAttr(t);
+        if (target) target->Release();
+        if (a) alias->ReleaseTypeAttr(a);
+        if (alias) alias->Release();
     }
+    check(dualAliases == 3, "the three aliases name dual interfaces");
     check(kinds[TKIND_COCLASS] == 48 && kinds[TKIND_DISPATCH] == 48 && kinds[TKIND_ENUM] == 14 && kinds[TKIND_ALIAS] == 3,
           "48 coclasses, 48 interfaces, 14 enumerations, 3 aliases");
     lib->Release();
@@ -184,16 +255,7 @@ void callsAndErrors() {
     Outcome refused = call(def, L"Initialize", DISPATCH_METHOD, {Var(L"x"), Var(2L)});
     const std::string record = "80070057|CDefinition.Initialize|Once a Kind is initialized, it must not be changed anymore!";
     check(refused.hr == DISP_E_EXCEPTION && refused.record() == record, "EXCEPINFO " + refused.record());
-    IErrorInfo* info = nullptr;
-    BSTR source = nullptr, description = nullptr;
-    if (GetErrorInfo(0, &info) == S_OK && info) {
-        info->GetSource(&source);
-        info->GetDescription(&description);
-        info->Release();
-    }
-    check(narrow(source) + "|" + narrow(description) == record.substr(9), "IErrorInfo");
-    SysFreeString(source);
-    SysFreeString(description);
+    check(errorInfo() == record.substr(9), "IErrorInfo");
     ISupportErrorInfo* support = nullptr;
     def->QueryInterface(IID_ISupportErrorInfo, reinterpret_cast<void**>(&support));
     check(support && support->InterfaceSupportsErrorInfo(guidOf(u"{729158C8-9D51-4DB2-96AA-0E9801C2A6FB}")) == S_OK,
@@ -247,7 +309,15 @@ void callsAndErrors() {
     ULONG fetched = 0;
     Var first[3];
     check(items && items->Next(3, first, &fetched) == S_OK && fetched == 3 && first[2].vt == VT_I2, "IEnumVARIANT");
-    if (items) items->Release();
+    // A clone goes on from the same place, independently.
+    IEnumVARIANT* clone = nullptr;
+    Var fourth[2];
+    check(items && items->Clone(&clone) == S_OK && clone->Next(1, &fourth[0], nullptr) == S_OK &&
+              items->Next(1, &fourth[1], nullptr) == S_OK && fourth[0].vt == VT_I4 && fourth[1].vt == VT_I4 &&
+              fourth[0].lVal == 1 << 30 && fourth[1].lVal == 1 << 30,
+          "IEnumVARIANT::Clone");
+    for (IEnumVARIANT* e : {items, clone})
+        if (e) e->Release();
 
     // A by-reference argument gets the member's final value back.
     IDispatch* variable = createByName(L"TylHartTypes.CVariable");
@@ -272,6 +342,128 @@ void callsAndErrors() {
           "default member let");
 
     for (IDispatch* d : {chars, variable, values, def}) d->Release();
+}
+
+// The vtable view of an object's dual interface.
+ITypeInfo* vtableOf(IDispatch* d) {
+    ITypeInfo* info = nullptr;
+    if (d->GetTypeInfo(0, 0, &info) != S_OK) return nullptr;
+    ITypeInfo* view = vtableView(info);
+    info->Release();
+    return view;
+}
+
+MEMBERID idOf(ITypeInfo* info, const wchar_t* name) {
+    MEMBERID id = MEMBERID_NIL;
+    LPOLESTR names[] = {const_cast<LPOLESTR>(name)};
+    if (info) info->GetIDsOfNames(names, 1, &id);
+    return id;
+}
+
+// A call through the vtable slot the type library gives the accessor, typed
+// as a compiled client declares it.
+template <class... A>
+HRESULT vcall(IDispatch* d, const wchar_t* name, INVOKEKIND kind, A... args) {
+    ITypeInfo* view = vtableOf(d);
+    const MEMBERID id = idOf(view, name);
+    TYPEATTR* attr = nullptr;
+    UINT slot = 0;
+    if (view && view->GetTypeAttr(&attr) == S_OK) {
+        for (UINT i = 0; i < attr->cFuncs; ++i) {
+            FUNCDESC* f = nullptr;
+            if (view->GetFuncDesc(i, &f) != S_OK) continue;
+            if (f->memid == id && f->invkind == kind) slot = f->oVft / sizeof(void*);
+            view->ReleaseFuncDesc(f);
+        }
+        view->ReleaseTypeAttr(attr);
+    }
+    if (view) view->Release();
+    if (slot < 7) return E_NOTIMPL;
+    using Slot = HRESULT(STDMETHODCALLTYPE*)(IDispatch*, A...);
+    return reinterpret_cast<Slot>((*reinterpret_cast<void***>(d))[slot])(d, args...);
+}
+
+// Calls through the vtable of every kind of signature, checked against the
+// same members reached through Invoke.
+void vtableCalls() {
+    IDispatch* def = createByName(L"TylHartTypes.CDefinition");
+    IDispatch* var = createByName(L"TylHartTypes.CVariable");
+    IDispatch* type = createByName(L"TylHartTypes.CType");
+    BSTR name = SysAllocString(L"level");
+    Var shown;
+    check(vcall(def, L"Initialize", INVOKE_FUNC, name, 0L) == S_OK &&
+              vcall(def, L"ToString", INVOKE_FUNC, short{2}, static_cast<VARIANT*>(&shown)) == S_OK &&
+              shown.vt == VT_BSTR && narrow(shown.bstrVal) == "Definition{Name:level, Kind:0}",
+          "vtable method with a text argument");
+    check(vcall(def, L"Initialize", INVOKE_FUNC, name, 2L) == E_INVALIDARG &&
+              errorInfo() == "CDefinition.Initialize|Once a Kind is initialized, it must not be changed anymore!",
+          "vtable call that raises: HRESULT and IErrorInfo");
+
+    long code = 0;
+    short timeout = 0;
+    DATE stamp = 0;
+    BSTR help = nullptr;
+    Var given(L"12.5"), back;
+    check(vcall(var, L"ErrorCode", INVOKE_PROPERTYPUT, 42L) == S_OK && vcall(var, L"ErrorCode", INVOKE_PROPERTYGET, &code) == S_OK &&
+              code == 42 && call(var, L"ErrorCode", DISPATCH_PROPERTYGET).result.lVal == 42,
+          "vtable Long let and get");
+    check(vcall(var, L"ReadTimeout", INVOKE_PROPERTYPUT, short{-7}) == S_OK &&
+              vcall(var, L"ReadTimeout", INVOKE_PROPERTYGET, &timeout) == S_OK && timeout == -7 &&
+              call(var, L"ReadTimeout", DISPATCH_PROPERTYGET).result.iVal == -7,
+          "vtable Integer let and get");
+    check(vcall(var, L"LastSetTime", INVOKE_PROPERTYPUT, DATE{36526.75}) == S_OK &&
+              vcall(var, L"LastSetTime", INVOKE_PROPERTYGET, &stamp) == S_OK && stamp == 36526.75 &&
+              call(var, L"LastSetTime", DISPATCH_PROPERTYGET).result.date == 36526.75,
+          "vtable Date let (in XMM1) and get");
+    check(vcall(var, L"Help", INVOKE_PROPERTYPUT, name) == S_OK && vcall(var, L"Help", INVOKE_PROPERTYGET, &help) == S_OK &&
+              narrow(help) == "level" && text(call(var, L"Help", DISPATCH_PROPERTYGET)) == "level",
+          "vtable String let and get");
+    check(vcall(var, L"DefaultValue", INVOKE_PROPERTYPUT, static_cast<VARIANT>(given)) == S_OK &&
+              vcall(var, L"DefaultValue", INVOKE_PROPERTYGET, static_cast<VARIANT*>(&back)) == S_OK && back.vt == VT_BSTR &&
+              narrow(back.bstrVal) == "12.5",
+          "vtable Variant let (a pointer to a copy) and get");
+
+    // Objects: set with an object, get hands out the same identity.
+    IDispatch* stored = nullptr;
+    check(vcall(var, L"TypeInfo", INVOKE_PROPERTYPUTREF, type) == S_OK && vcall(var, L"TypeInfo", INVOKE_PROPERTYGET, &stored) == S_OK &&
+              stored == type && call(var, L"TypeInfo", DISPATCH_PROPERTYGET).result.pdispVal == type,
+          "vtable object set and get");
+    check(vcall(var, L"TypeInfo", INVOKE_PROPERTYPUTREF, def) == static_cast<HRESULT>(0x800A000D) &&
+              errorInfo() == "TylHartTypes|Type mismatch" && call(var, L"TypeInfo", DISPATCH_PROPERTYGET).result.pdispVal == type,
+          "vtable set refused: the object keeps its value");
+    check(vcall(var, L"ErrorCode", INVOKE_PROPERTYGET, static_cast<long*>(nullptr)) == E_POINTER, "vtable get without a result place");
+    // By reference: the member's final value reaches the caller's variable.
+    call(type, L"Kind", DISPATCH_PROPERTYPUT, {Var(7L)});
+    call(type, L"Size", DISPATCH_PROPERTYPUT, {Var(8L)});
+    Var testValue(L"abcdefgh");
+    long size = -1;
+    VARIANT_BOOL legal = VARIANT_FALSE;
+    check(vcall(var, L"IsString", INVOKE_FUNC, static_cast<VARIANT*>(&testValue), &size, &legal) == S_OK &&
+              legal == VARIANT_TRUE && size == 8,
+          "vtable by-reference write-back");
+
+    // The runtime's own call through the vtable: a left-out optional
+    // parameter gets its default, a raise comes back as the record.
+    ITypeInfo* view = vtableOf(def);
+    DISPPARAMS none{};
+    Var viaDefault;
+    EXCEPINFO error{};
+    check(view && view->Invoke(def, idOf(view, L"ToString"), DISPATCH_METHOD, &none, &viaDefault, &error, nullptr) == S_OK &&
+              viaDefault.vt == VT_BSTR && narrow(viaDefault.bstrVal) == text(call(def, L"ToString", DISPATCH_METHOD, {Var(1L)})),
+          "ITypeInfo::Invoke with the default of an optional parameter");
+    Var arguments[] = {Var(2L), Var(L"other")};
+    DISPPARAMS twoArgs{arguments, nullptr, 2, 0};
+    check(view && view->Invoke(def, idOf(view, L"Initialize"), DISPATCH_METHOD, &twoArgs, nullptr, &error, nullptr) == DISP_E_EXCEPTION &&
+              error.scode == E_INVALIDARG && narrow(error.bstrSource) == "CDefinition.Initialize",
+          "ITypeInfo::Invoke of a raising member");
+    SysFreeString(error.bstrSource);
+    SysFreeString(error.bstrDescription);
+    if (view) view->Release();
+
+    SysFreeString(name);
+    SysFreeString(help);
+    for (IDispatch* d : {stored, type, var, def})
+        if (d) d->Release();
 }
 
 // Ok only when no object, factory or lock of the server is left.
@@ -302,6 +494,7 @@ int main() {
     everyClass();
     library();
     callsAndErrors();
+    vtableCalls();
     unloading();
     CoUninitialize();
     std::printf("client: %d passed, %d failed\n", passes, failures);

@@ -456,6 +456,12 @@ public:
     explicit Enumerator(std::vector<Variant> items) : items_(std::move(items)) {}
     bool next(Variant& out);  // false at the end
     void reset() noexcept { position_ = 0; }
+    // Another enumerator over the same snapshot, at the same place.
+    Ref<Enumerator> clone() const {
+        Ref<Enumerator> copy = make<Enumerator>(items_);
+        copy->position_ = position_;
+        return copy;
+    }
     std::size_t remaining() const noexcept { return items_.size() - position_; }
 
 private:
