@@ -108,7 +108,7 @@ public:
     Variant ToString(std::int16_t infoLevel = 1) const;
 
 private:
-    Ref<CCommand> command_ = make<CCommand>();
+    Child<CCommand> command_;
 };
 
 }  // namespace tylhart

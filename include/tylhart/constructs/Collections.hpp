@@ -22,7 +22,7 @@ class Record : public Object {
 public:
     Text Description;
     Text Help;
-    Ref<CDefinition> Definition = make<CDefinition>();
+    Child<CDefinition> Definition;
 
     Ref<Derived> GetCopy() const;
     // Copies the key, the texts and a deep copy of the definition; a source

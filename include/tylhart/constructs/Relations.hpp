@@ -17,7 +17,7 @@ class CVariableItem final : public Object {
 public:
     // A plain field without a check; starts uninitialised, so a fresh item
     // accepts any variable and takes over its definition.
-    Ref<CDefinition> Definition = make<CDefinition>();
+    Child<CDefinition> Definition;
 
     // The variable itself, not a copy.
     Ref<CVariable> Variable() const { return variable_; }
@@ -38,7 +38,7 @@ public:
     Variant ToString(std::int16_t infoLevel = 1) const;
 
 private:
-    Ref<CVariable> variable_ = make<CVariable>();
+    Child<CVariable> variable_;
 };
 
 class CVariableItemList final : public List<CVariableItemList, Ref<CVariableItem>> {

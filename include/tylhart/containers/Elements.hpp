@@ -31,9 +31,13 @@ Text childText(const char16_t* label, const Ref<C>& child, std::int16_t infoLeve
 }
 template <class C>
 Text childText(const char16_t* label, const Child<C>& child, std::int16_t infoLevel) {
-    if (!child) return Text();
-    DepthGuard nested;
-    return label + concatText(child.render(childLevel(infoLevel)));
+    if constexpr (!Child<C>::StandsInFresh) {
+        return childText(label, child.ref(), infoLevel);
+    } else {
+        if (!child) return Text();
+        DepthGuard nested;
+        return label + concatText(child.render(childLevel(infoLevel)));
+    }
 }
 
 // Both Nothing, or both present and equal by the child's own Compare; one

@@ -117,7 +117,7 @@ private:
     Text timeFormat_;
     enumTimeScaleQualificationType scaleQualifier_ = sqTNone;
     std::int32_t enumeratorCount_ = 1;
-    Ref<CArray> arrayObject_ = make<CArray>();
+    Child<CArray> arrayObject_;
     Child<CValueSet> domain_;
 };
 

@@ -27,7 +27,7 @@ public:
     // ---- Public fields, in declaration order ----
     // Object fields hand out the stored object itself; SetFromObject
     // replaces them with copies (UnitVariable excepted: always shared).
-    Ref<CVariableClass> Class = make<CVariableClass>();
+    Child<CVariableClass> Class;
     Text ConstantUnit;
     Text VariableUnit;  // the unit the value is in; RecalcToUnit changes it
     Ref<CDefinition> UnitVariable;
@@ -42,7 +42,7 @@ public:
     Child<CDefinitionList> PostWriteActions;
     std::int16_t ReadTimeout = -1;   // -1: none given
     std::int16_t WriteTimeout = -1;  // -1: none given
-    Ref<CType> TypeInfo = make<CType>();
+    Child<CType> TypeInfo;
     // Validity and IsChecked start True, the other flags False.
     bool Validity = true;
     bool ToBeWritten = false;
