@@ -21,15 +21,15 @@ Ref<CTransaction> CTransaction::GetCopy() const {
 void CTransaction::SetFromObject(const Ref<CTransaction>& toCopy) {
     const CTransaction& source = checked(toCopy);
     TNo = source.TNo;
-    Request = checked(source.Request).GetCopy();
-    Reply = checked(source.Reply).GetCopy();
-    ResponseCodes = checked(source.ResponseCodes).GetCopy();
+    Request = copyChild(source.Request);
+    Reply = copyChild(source.Reply);
+    ResponseCodes = copyChild(source.ResponseCodes);
 }
 
 bool CTransaction::Compare(const Ref<CTransaction>& toCompare) const {
     const CTransaction& other = checked(toCompare);
-    return TNo == other.TNo && checked(Request).Compare(other.Request) && checked(Reply).Compare(other.Reply) &&
-           checked(ResponseCodes).Compare(other.ResponseCodes);
+    return TNo == other.TNo && Request.equals(other.Request) && Reply.equals(other.Reply) &&
+           ResponseCodes.equals(other.ResponseCodes);
 }
 
 Variant CTransaction::ToString(std::int16_t infoLevel) const {
@@ -37,12 +37,12 @@ Variant CTransaction::ToString(std::int16_t infoLevel) const {
     Text out = u"Transaction{TNo:" + decimal(TNo);
     if (infoLevel > 1) {
         const std::int16_t lower = childLevel(infoLevel);
-        if (Request) out += u", Request:" + concatText(Request->ToString(lower));
+        if (Request) out += u", Request:" + concatText(Request.render(lower));
         // The response codes stand where the reply would: callers compare
         // this text, so the reply list is never printed. Without response
         // codes there is nothing to print there and the rendering fails.
-        if (Reply) out += u", Reply:" + concatText(checked(ResponseCodes).ToString(lower));
-        if (ResponseCodes) out += u", ResponseCodes:" + concatText(ResponseCodes->ToString(lower));
+        if (Reply) out += u", Reply:" + concatText(ResponseCodes.render(lower));
+        if (ResponseCodes) out += u", ResponseCodes:" + concatText(ResponseCodes.render(lower));
     }
     return out + u"}";
 }
@@ -87,8 +87,8 @@ void CCommand::SetFromObject(const Ref<CCommand>& toCopy) {
     const CCommand& source = checked(toCopy);
     Number = source.Number;
     SetOperation(source.operation_);
-    Transactions = checked(source.Transactions).GetCopy();
-    ResponseCodes = checked(source.ResponseCodes).GetCopy();
+    Transactions = copyChild(source.Transactions);
+    ResponseCodes = copyChild(source.ResponseCodes);
     copyDefinitionFrom(source);
     InRecursion = source.InRecursion;
 }
@@ -96,8 +96,8 @@ void CCommand::SetFromObject(const Ref<CCommand>& toCopy) {
 bool CCommand::Compare(const Ref<CCommand>& toCompare) const {
     const CCommand& other = checked(toCompare);
     return Number == other.Number && operation_ == other.operation_ && InRecursion == other.InRecursion &&
-           definitionEquals(other) && checked(Transactions).Compare(other.Transactions) &&
-           checked(ResponseCodes).Compare(other.ResponseCodes);
+           definitionEquals(other) && Transactions.equals(other.Transactions) &&
+           ResponseCodes.equals(other.ResponseCodes);
 }
 
 Variant CCommand::ToString(std::int16_t infoLevel) const {
@@ -108,8 +108,8 @@ Variant CCommand::ToString(std::int16_t infoLevel) const {
         const Text number = u", Number:" + decimal(Number);
         out += number + number;
         const std::int16_t lower = childLevel(infoLevel);
-        if (Transactions) out += u", Transactions:" + concatText(Transactions->ToString(lower));
-        if (ResponseCodes) out += u", ResponseCodes:" + concatText(ResponseCodes->ToString(lower));
+        if (Transactions) out += u", Transactions:" + concatText(Transactions.render(lower));
+        if (ResponseCodes) out += u", ResponseCodes:" + concatText(ResponseCodes.render(lower));
     }
     return out + u"}";
 }

@@ -121,7 +121,7 @@ void RecordConstruct<Derived>::SetFromObject(const Ref<Derived>& toCopy) {
     if (!source.definition_) errors::raise(errors::Runtime::ObjectNotSet);
     Ref<CDefinition> definition = source.definition_->GetCopy();
     requireKind(definition, Derived::ObjectKind, Derived::DefinitionSource);  // the definition's error comes first
-    auto children = checked(source.*Derived::Children).GetCopy();
+    auto children = copyChild(source.*Derived::Children);
     this->definition_ = std::move(definition);
     Label = source.Label;
     Help = source.Help;
@@ -132,7 +132,7 @@ template <class Derived>
 bool RecordConstruct<Derived>::Compare(const Ref<Derived>& toCompare) const {
     const Derived& other = checked(toCompare);
     return Label == other.Label && Help == other.Help && this->definitionEquals(other) &&
-           checked(static_cast<const Derived&>(*this).*Derived::Children).Compare(other.*Derived::Children);
+           (static_cast<const Derived&>(*this).*Derived::Children).equals(other.*Derived::Children);
 }
 
 template <class Derived>
@@ -142,7 +142,7 @@ Variant RecordConstruct<Derived>::ToString(std::int16_t infoLevel) const {
     if (infoLevel > 1) {
         out += u", Label:" + Label + u", Help:" + Help;
         if (const auto& children = static_cast<const Derived&>(*this).*Derived::Children)
-            out += u", " + Text(Derived::ChildrenName) + u":" + concatText(children->ToString(childLevel(infoLevel)));
+            out += u", " + Text(Derived::ChildrenName) + u":" + concatText(children.render(childLevel(infoLevel)));
     }
     return out + u"}";
 }

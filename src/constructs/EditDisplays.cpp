@@ -22,10 +22,10 @@ void CEditDisplay::SetFromObject(const Ref<CEditDisplay>& toCopy) {
     const CEditDisplay& source = checked(toCopy);
     Ref<CDefinition> definition = checked(source.definition_).GetCopy();
     requireKind(definition, ObjectKind, DefinitionSource);  // the definition's error comes first
-    auto displayItems = checked(source.DisplayItems).GetCopy();
-    auto editItems = checked(source.EditItems).GetCopy();
-    auto preEditActions = checked(source.PreEditActions).GetCopy();
-    auto postEditActions = checked(source.PostEditActions).GetCopy();
+    auto displayItems = copyChild(source.DisplayItems);
+    auto editItems = copyChild(source.EditItems);
+    auto preEditActions = copyChild(source.PreEditActions);
+    auto postEditActions = copyChild(source.PostEditActions);
     definition_ = std::move(definition);
     Label = source.Label;
     DisplayItems = std::move(displayItems);
@@ -36,9 +36,9 @@ void CEditDisplay::SetFromObject(const Ref<CEditDisplay>& toCopy) {
 
 bool CEditDisplay::Compare(const Ref<CEditDisplay>& toCompare) const {
     const CEditDisplay& other = checked(toCompare);
-    return Label == other.Label && checked(DisplayItems).Compare(other.DisplayItems) &&
-           checked(EditItems).Compare(other.EditItems) && checked(PreEditActions).Compare(other.PreEditActions) &&
-           checked(PostEditActions).Compare(other.PostEditActions) && definitionEquals(other);
+    return Label == other.Label && DisplayItems.equals(other.DisplayItems) &&
+           EditItems.equals(other.EditItems) && PreEditActions.equals(other.PreEditActions) &&
+           PostEditActions.equals(other.PostEditActions) && definitionEquals(other);
 }
 
 Variant CEditDisplay::ToString(std::int16_t infoLevel) const {
@@ -50,7 +50,7 @@ Variant CEditDisplay::ToString(std::int16_t infoLevel) const {
     if (infoLevel > 1) {
         out += u", Label:" + Label;
         const auto add = [&](const char16_t* label, const auto& list) {
-            if (list) out += label + concatText(list->ToString(childLevel(infoLevel)));
+            if (list) out += label + concatText(list.render(childLevel(infoLevel)));
         };
         add(u", DisplayItems:", DisplayItems);
         add(u", EditItems:", EditItems);

@@ -35,7 +35,7 @@ void CMenu::SetFromObject(const Ref<CMenu>& toCopy) {
     const CMenu& source = checked(toCopy);
     Ref<CDefinition> definition = checked(source.definition_).GetCopy();
     requireKind(definition, ObjectKind, DefinitionSource);  // the definition's error comes first
-    Ref<CMenuItemList> items = checked(source.Items).GetCopy();
+    auto items = copyChild(source.Items);
     definition_ = std::move(definition);
     Label = source.Label;
     review_ = source.review_;
@@ -44,7 +44,7 @@ void CMenu::SetFromObject(const Ref<CMenu>& toCopy) {
 
 bool CMenu::Compare(const Ref<CMenu>& toCompare) const {
     const CMenu& other = checked(toCompare);
-    return Label == other.Label && review_ == other.review_ && checked(Items).Compare(other.Items) &&
+    return Label == other.Label && review_ == other.review_ && Items.equals(other.Items) &&
            definitionEquals(other);
 }
 
@@ -53,7 +53,7 @@ Variant CMenu::ToString(std::int16_t infoLevel) const {
     Text out = renderHead(u"MENU{", infoLevel);
     if (infoLevel > 1) {
         out += u", Label:" + Label + u", Review:" + boolText(review_);
-        if (Items) out += u", Items:" + concatText(Items->ToString(childLevel(infoLevel)));
+        if (Items) out += u", Items:" + concatText(Items.render(childLevel(infoLevel)));
     }
     return out + u"}";
 }

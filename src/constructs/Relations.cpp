@@ -88,7 +88,7 @@ void CUnit::SetFromObject(const Ref<CUnit>& toCopy) {
     const CUnit& source = checked(toCopy);
     Ref<CDefinition> definition = checked(source.definition_).GetCopy();
     requireKind(definition, ObjectKind, DefinitionSource);
-    Ref<CVariableDefinitionSet> reread = checked(source.Reread).GetCopy();
+    auto reread = copyChild(source.Reread);
     Ref<CDefinition> unit = checked(source.unit_).GetCopy();
     requireKind(unit, ddoKVariableDef, u"CUnit.Unit");
     definition_ = std::move(definition);
@@ -134,8 +134,8 @@ void CRefresh::SetFromObject(const Ref<CRefresh>& toCopy) {
     const CRefresh& source = checked(toCopy);
     Ref<CDefinition> definition = checked(source.definition_).GetCopy();
     requireKind(definition, ObjectKind, DefinitionSource);
-    Ref<CVariableDefinitionSet> changed = checked(source.Changed).GetCopy();
-    Ref<CVariableDefinitionSet> reread = checked(source.Reread).GetCopy();
+    auto changed = copyChild(source.Changed);
+    auto reread = copyChild(source.Reread);
     definition_ = std::move(definition);
     Changed = std::move(changed);
     Reread = std::move(reread);
@@ -144,7 +144,7 @@ void CRefresh::SetFromObject(const Ref<CRefresh>& toCopy) {
 
 bool CRefresh::Compare(const Ref<CRefresh>& toCompare) const {
     const CRefresh& other = checked(toCompare);
-    return definitionEquals(other) && checked(Changed).Compare(other.Changed) && rereadEquals(other);
+    return definitionEquals(other) && Changed.equals(other.Changed) && rereadEquals(other);
 }
 
 Variant CRefresh::ToString(std::int16_t infoLevel) const {
@@ -175,7 +175,7 @@ void CWriteAsOne::SetFromObject(const Ref<CWriteAsOne>& toCopy) {
     const CWriteAsOne& source = checked(toCopy);
     Ref<CDefinition> definition = checked(source.definition_).GetCopy();
     requireKind(definition, ObjectKind, DefinitionSource);
-    Ref<CVariableItemList> modified = checked(source.Modified).GetCopy();
+    auto modified = copyChild(source.Modified);
     definition_ = std::move(definition);
     InProgress = source.InProgress;
     IsComplete = source.IsComplete;
@@ -184,7 +184,7 @@ void CWriteAsOne::SetFromObject(const Ref<CWriteAsOne>& toCopy) {
 
 bool CWriteAsOne::Compare(const Ref<CWriteAsOne>& toCompare) const {
     const CWriteAsOne& other = checked(toCompare);
-    return checked(Modified).Compare(other.Modified) && definitionEquals(other);
+    return Modified.equals(other.Modified) && definitionEquals(other);
 }
 
 Variant CWriteAsOne::ToString(std::int16_t infoLevel) const {

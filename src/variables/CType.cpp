@@ -217,7 +217,7 @@ void CType::SetArrayObject(const Ref<CArray>& value) {
 }
 Ref<CValueSet> CType::Domain() const {
     require(Checked::Domain);
-    return domain_;
+    return domain_.ref();
 }
 void CType::SetDomain(const Ref<CValueSet>& value) {
     require(Checked::Domain);
@@ -271,15 +271,15 @@ void CType::SetFromObject(const Ref<CType>& toCopy) {
         }
         ranges.scaling = source.ScalingFactor();
     }
-    Ref<CEnumeratorSet> enumerators;
-    Ref<CBitEnumeratorSet> bitEnumerators;
+    Child<CEnumeratorSet> enumerators;
+    Child<CBitEnumeratorSet> bitEnumerators;
     Ref<CArray> array;
-    Ref<CValueSet> domain;
-    if (kind == ddvTEnumerator) enumerators = checked(source.EnumeratorSet).GetCopy();
-    if (kind == ddvTBitEnumerator) bitEnumerators = checked(source.BitEnumeratorSet).GetCopy();
+    Child<CValueSet> domain;
+    if (kind == ddvTEnumerator) enumerators = copyChild(source.EnumeratorSet);
+    if (kind == ddvTBitEnumerator) bitEnumerators = copyChild(source.BitEnumeratorSet);
     if (kind == ddvTIndex) {
         array = checked(source.ArrayObject()).GetCopy();
-        domain = checked(source.Domain()).GetCopy();
+        domain = copyChild(source.domain_);
     }
 
     SetKind(kind);
@@ -304,7 +304,7 @@ void CType::SetFromObject(const Ref<CType>& toCopy) {
     }
     if (kind == ddvTIndex) {
         SetArrayObject(array);
-        SetDomain(domain);
+        domain_ = std::move(domain);
     }
     if (kind == ddvTTimeValue) {
         SetDisplayFormat(source.DisplayFormat());
@@ -330,12 +330,12 @@ bool CType::Compare(const Ref<CType>& toCompare) const {
         if (displayFormat_ != other.displayFormat_ || editFormat_ != other.editFormat_) return false;
     }
     if (kind_ == ddvTEnumerator)
-        return enumeratorCount_ == other.enumeratorCount_ && checked(EnumeratorSet).Compare(other.EnumeratorSet);
+        return enumeratorCount_ == other.enumeratorCount_ && EnumeratorSet.equals(other.EnumeratorSet);
     if (kind_ == ddvTBitEnumerator)
         return enumeratorCount_ == other.enumeratorCount_ &&
-               checked(BitEnumeratorSet).Compare(other.BitEnumeratorSet);
+               BitEnumeratorSet.equals(other.BitEnumeratorSet);
     if (kind_ == ddvTIndex)
-        return checked(arrayObject_).Compare(other.arrayObject_) && checked(domain_).Compare(other.domain_);
+        return checked(arrayObject_).Compare(other.arrayObject_) && domain_.equals(other.domain_);
     if (kind_ == ddvTTimeValue)
         return timeFormat_ == other.timeFormat_ && scaleQualifier_ == other.scaleQualifier_ &&
                displayFormat_ == other.displayFormat_ && editFormat_ == other.editFormat_;
@@ -359,9 +359,9 @@ Variant CType::ToString(std::int16_t infoLevel) const {
                    u", EditFormat:" + editFormat_;
         }
         if (kind_ == ddvTEnumerator)
-            out += u", Enumerators:" + concatText(checked(EnumeratorSet).ToString(child));
+            out += u", Enumerators:" + concatText(EnumeratorSet.render(child));
         if (kind_ == ddvTBitEnumerator)
-            out += u", BitEnumerators:" + concatText(checked(BitEnumeratorSet).ToString(child));
+            out += u", BitEnumerators:" + concatText(BitEnumeratorSet.render(child));
         if (kind_ == ddvTIndex) {
             if (arrayObject_) out += u", ArrayObject:" + concatText(arrayObject_->ToString(child));
             // The array object's text again, under the domain's label; the

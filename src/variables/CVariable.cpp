@@ -130,12 +130,12 @@ void CVariable::SetFromObject(const Ref<CVariable>& toCopy) {
     Help = source.Help;
     Label = source.Label;
     DefaultValue = source.DefaultValue;
-    PreEditActions = checked(source.PreEditActions).GetCopy();
-    PostEditActions = checked(source.PostEditActions).GetCopy();
-    PreReadActions = checked(source.PreReadActions).GetCopy();
-    PostReadActions = checked(source.PostReadActions).GetCopy();
-    PreWriteActions = checked(source.PreWriteActions).GetCopy();
-    PostWriteActions = checked(source.PostWriteActions).GetCopy();
+    PreEditActions = copyChild(source.PreEditActions);
+    PostEditActions = copyChild(source.PostEditActions);
+    PreReadActions = copyChild(source.PreReadActions);
+    PostReadActions = copyChild(source.PostReadActions);
+    PreWriteActions = copyChild(source.PreWriteActions);
+    PostWriteActions = copyChild(source.PostWriteActions);
     ReadTimeout = source.ReadTimeout;
     WriteTimeout = source.WriteTimeout;
     TypeInfo = checked(source.TypeInfo).GetCopy();
@@ -150,7 +150,7 @@ void CVariable::SetFromObject(const Ref<CVariable>& toCopy) {
     LastSetTime = source.LastSetTime;
     SetDefinition(checked(source.Definition()).GetCopy());
     handling_.setText(source.handling_.text());
-    SetRelations(checked(source.Relations()).GetCopy());
+    relations_ = copyChild(source.relations_);
 }
 
 bool CVariable::Compare(const Ref<CVariable>& toCompare) const {
@@ -166,12 +166,9 @@ bool CVariable::Compare(const Ref<CVariable>& toCompare) const {
         return false;
     }
     if (Help != other.Help || Label != other.Label) return false;
-    if (!checked(PreEditActions).Compare(other.PreEditActions) ||
-        !checked(PostEditActions).Compare(other.PostEditActions) ||
-        !checked(PreReadActions).Compare(other.PreReadActions) ||
-        !checked(PostReadActions).Compare(other.PostReadActions) ||
-        !checked(PreWriteActions).Compare(other.PreWriteActions) ||
-        !checked(PostWriteActions).Compare(other.PostWriteActions))
+    if (!PreEditActions.equals(other.PreEditActions) || !PostEditActions.equals(other.PostEditActions) ||
+        !PreReadActions.equals(other.PreReadActions) || !PostReadActions.equals(other.PostReadActions) ||
+        !PreWriteActions.equals(other.PreWriteActions) || !PostWriteActions.equals(other.PostWriteActions))
         return false;
     if (ReadTimeout != other.ReadTimeout || WriteTimeout != other.WriteTimeout) return false;
     if (!checked(TypeInfo).Compare(other.TypeInfo)) return false;
@@ -219,17 +216,17 @@ Variant CVariable::ToString(std::int16_t infoLevel) const {
         if (handling_.object()) out += u", m_Handling:" + handling_.text();
         if (relations_) {
             // Printed twice: readers of this text expect both copies.
-            const Text relations = u", m_Relations:" + concatText(relations_->ToString(lower(infoLevel, 2)));
+            const Text relations = u", m_Relations:" + concatText(relations_.render(lower(infoLevel, 2)));
             out += relations;
             out += relations;
         }
-        const std::pair<const char16_t*, const Ref<CDefinitionList>*> lists[] = {
+        const std::pair<const char16_t*, const Child<CDefinitionList>*> lists[] = {
             {u", PreEditActions:", &PreEditActions},   {u", PostEditActions:", &PostEditActions},
             {u", PreReadActions:", &PreReadActions},   {u", PostReadActions:", &PostReadActions},
             {u", PreWriteActions:", &PreWriteActions}, {u", PostWriteActions:", &PostWriteActions},
         };
         for (const auto& [label, list] : lists)
-            if (*list) out += label + concatText((*list)->ToString(lower(infoLevel, 2)));
+            if (*list) out += label + concatText(list->render(lower(infoLevel, 2)));
     }
     return out + u"}";
 }

@@ -16,9 +16,9 @@ class CTransaction final : public Object {
 public:
     // ---- Public fields, in declaration order ----
     std::int16_t TNo = 0;
-    Ref<CDataItemList> Request = make<CDataItemList>();
-    Ref<CDataItemList> Reply = make<CDataItemList>();
-    Ref<CResponseCodeSet> ResponseCodes = make<CResponseCodeSet>();
+    Child<CDataItemList> Request;
+    Child<CDataItemList> Reply;
+    Child<CResponseCodeSet> ResponseCodes;
 
     Ref<CTransaction> GetCopy() const;
     // TNo, then a copy of Request, Reply and ResponseCodes, in that order; a
@@ -63,8 +63,8 @@ public:
 
     // ---- Public fields, in declaration order ----
     std::int16_t Number = 0;
-    Ref<CTransactionSet> Transactions = make<CTransactionSet>();
-    Ref<CResponseCodeSet> ResponseCodes = make<CResponseCodeSet>();
+    Child<CTransactionSet> Transactions;
+    Child<CResponseCodeSet> ResponseCodes;
     // Set by clients while they walk the command; only copied and compared
     // here.
     bool InRecursion = false;
@@ -108,7 +108,7 @@ public:
     Variant ToString(std::int16_t infoLevel = 1) const;
 
 private:
-    Ref<CCommand> command_ = make<CCommand>();
+    Child<CCommand> command_;
 };
 
 }  // namespace tylhart

@@ -15,7 +15,7 @@ public:
     static constexpr const char16_t* DefinitionSource = u"Method.Definition";
 
     // ---- Public fields, in declaration order; none is checked ----
-    Ref<CMethodClass> Class = make<CMethodClass>();
+    Child<CMethodClass> Class;
     Text Label;
     Text Help;
     bool Validity = true;

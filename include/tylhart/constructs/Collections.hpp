@@ -22,7 +22,7 @@ class Record : public Object {
 public:
     Text Description;
     Text Help;
-    Ref<CDefinition> Definition = make<CDefinition>();
+    Child<CDefinition> Definition;
 
     Ref<Derived> GetCopy() const;
     // Copies the key, the texts and a deep copy of the definition; a source
@@ -120,7 +120,7 @@ protected:
 class CCollection final : public RecordConstruct<CCollection> {
     TYLHART_CLASS(CCollection)
 public:
-    Ref<CMemberSet> Members = make<CMemberSet>();
+    Child<CMemberSet> Members;
 
     static constexpr enumDDObjectKind ObjectKind = ddoKCollectionDef;
     static constexpr const char16_t* DefinitionSource = u"CCollection.Definition";
@@ -133,7 +133,7 @@ public:
 class CArray final : public RecordConstruct<CArray> {
     TYLHART_CLASS(CArray)
 public:
-    Ref<CElementList> Elements = make<CElementList>();
+    Child<CElementList> Elements;
 
     static constexpr enumDDObjectKind ObjectKind = ddoKArrayDef;
     static constexpr const char16_t* DefinitionSource = u"CArray.Definition";

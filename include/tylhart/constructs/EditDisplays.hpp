@@ -35,10 +35,10 @@ public:
     // Without the class's leading C; callers match on this text.
     static constexpr const char16_t* DefinitionSource = u"EditDisplay.Definition";
 
-    Ref<CEditDisplayItemList> DisplayItems = make<CEditDisplayItemList>();
-    Ref<CEditDisplayItemList> EditItems = make<CEditDisplayItemList>();
-    Ref<CDefinitionList> PreEditActions = make<CDefinitionList>();
-    Ref<CDefinitionList> PostEditActions = make<CDefinitionList>();
+    Child<CEditDisplayItemList> DisplayItems;
+    Child<CEditDisplayItemList> EditItems;
+    Child<CDefinitionList> PreEditActions;
+    Child<CDefinitionList> PostEditActions;
     Text Label;
 
     // Definition (deep, through the checked let), Label and a copy of each

@@ -17,7 +17,7 @@ template <class Derived>
 class HandleItem : public Object {
 public:
     // The referenced item's definition: a plain field, set without a check.
-    Ref<CDefinition> Definition = make<CDefinition>();
+    Child<CDefinition> Definition;
 
     // The handle itself, shared, not a copy.
     Ref<CObject> obj() const { return obj_; }

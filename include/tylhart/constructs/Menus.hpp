@@ -56,7 +56,7 @@ public:
     static constexpr enumDDObjectKind ObjectKind = ddoKMenuDef;
     static constexpr const char16_t* DefinitionSource = u"Menu.Definition";
 
-    Ref<CMenuItemList> Items = make<CMenuItemList>();
+    Child<CMenuItemList> Items;
     Text Label;
 
     bool Review() const noexcept { return review_; }

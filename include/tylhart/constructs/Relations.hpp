@@ -17,7 +17,7 @@ class CVariableItem final : public Object {
 public:
     // A plain field without a check; starts uninitialised, so a fresh item
     // accepts any variable and takes over its definition.
-    Ref<CDefinition> Definition = make<CDefinition>();
+    Child<CDefinition> Definition;
 
     // The variable itself, not a copy.
     Ref<CVariable> Variable() const { return variable_; }
@@ -38,7 +38,7 @@ public:
     Variant ToString(std::int16_t infoLevel = 1) const;
 
 private:
-    Ref<CVariable> variable_ = make<CVariable>();
+    Child<CVariable> variable_;
 };
 
 class CVariableItemList final : public List<CVariableItemList, Ref<CVariableItem>> {
@@ -55,13 +55,13 @@ public:
 template <class Derived>
 class RereadRelation : public Construct<Derived> {
 public:
-    Ref<CVariableDefinitionSet> Reread = make<CVariableDefinitionSet>();
+    Child<CVariableDefinitionSet> Reread;
     bool InRecursion = false;
 
 protected:
     // Reread, then InRecursion: the tail of both comparisons.
     bool rereadEquals(const Derived& other) const {
-        return checked(Reread).Compare(other.Reread) && InRecursion == other.InRecursion;
+        return Reread.equals(other.Reread) && InRecursion == other.InRecursion;
     }
 };
 
@@ -94,7 +94,7 @@ public:
     static constexpr enumDDObjectKind ObjectKind = ddoKRefreshDef;
     static constexpr const char16_t* DefinitionSource = u"CRefresh.Definition";
 
-    Ref<CVariableDefinitionSet> Changed = make<CVariableDefinitionSet>();
+    Child<CVariableDefinitionSet> Changed;
 
     // Copies of the definition and both sets before anything is assigned.
     void SetFromObject(const Ref<CRefresh>& toCopy);
@@ -109,7 +109,7 @@ public:
     static constexpr enumDDObjectKind ObjectKind = ddoKWriteAsOneDef;
     static constexpr const char16_t* DefinitionSource = u"CWriteAsOne.Definition";
 
-    Ref<CVariableItemList> Modified = make<CVariableItemList>();
+    Child<CVariableItemList> Modified;
     // Maintained by clients while they write the group.
     bool InProgress = false;
     bool IsComplete = false;

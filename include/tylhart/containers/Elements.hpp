@@ -29,6 +29,16 @@ Text childText(const char16_t* label, const Ref<C>& child, std::int16_t infoLeve
     DepthGuard nested;
     return label + concatText(child->ToString(childLevel(infoLevel)));
 }
+template <class C>
+Text childText(const char16_t* label, const Child<C>& child, std::int16_t infoLevel) {
+    if constexpr (!Child<C>::StandsInFresh) {
+        return childText(label, child.ref(), infoLevel);
+    } else {
+        if (!child) return Text();
+        DepthGuard nested;
+        return label + concatText(child.render(childLevel(infoLevel)));
+    }
+}
 
 // Both Nothing, or both present and equal by the child's own Compare; one
 // Nothing and one present differ.

@@ -12,6 +12,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "tylhart/core/Child.hpp"
 #include "tylhart/core/Enums.hpp"
 #include "tylhart/core/Error.hpp"
 #include "tylhart/core/Object.hpp"
@@ -109,6 +110,10 @@ T& checked(const Ref<T>& object) {
     if (!object) errors::raise(errors::Runtime::ObjectNotSet);
     return *object;
 }
+template <class T>
+T& checked(const Child<T>& child) {
+    return checked(child.ref());
+}
 
 // ---- Coercion between Variant and the C++ types of the typed API ----------
 
@@ -167,6 +172,11 @@ struct Marshal<Ref<T>> {
         if constexpr (std::is_same_v<T, Object>) return u"Object";
         else return T::TypeName;
     }
+};
+// A child field travels as the object it stands for.
+template <class T>
+struct Marshal<Child<T>> : Marshal<Ref<T>> {
+    static Variant to(const Child<T>& v) { return Marshal<Ref<T>>::to(v.ref()); }
 };
 
 namespace detail {
@@ -410,7 +420,8 @@ private:
     template <class T>
     static constexpr PutKind kindOf() {
         if constexpr (std::is_same_v<T, Variant>) return PutKind::Both;
-        else if constexpr (requires(T t) { t.get(); t.detach(); }) return PutKind::Set;
+        else if constexpr (requires(T t) { t.get(); t.ref(); } || requires(T t) { t.get(); t.detach(); })
+            return PutKind::Set;
         else return PutKind::Let;
     }
 

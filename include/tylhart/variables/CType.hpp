@@ -18,8 +18,8 @@ public:
     // Never checked, never copied, never compared.
     bool CheckForExactKind = true;
     // Held objects, handed out and stored by reference.
-    Ref<CBitEnumeratorSet> BitEnumeratorSet = make<CBitEnumeratorSet>();
-    Ref<CEnumeratorSet> EnumeratorSet = make<CEnumeratorSet>();
+    Child<CBitEnumeratorSet> BitEnumeratorSet;
+    Child<CEnumeratorSet> EnumeratorSet;
 
     enumDDVariableType Kind() const noexcept { return kind_; }
     // Once a kind from 0 to 15 is set it stays; the same kind again is
@@ -117,8 +117,8 @@ private:
     Text timeFormat_;
     enumTimeScaleQualificationType scaleQualifier_ = sqTNone;
     std::int32_t enumeratorCount_ = 1;
-    Ref<CArray> arrayObject_ = make<CArray>();
-    Ref<CValueSet> domain_ = make<CValueSet>();
+    Child<CArray> arrayObject_;
+    Child<CValueSet> domain_;
 };
 
 }  // namespace tylhart

@@ -27,22 +27,22 @@ public:
     // ---- Public fields, in declaration order ----
     // Object fields hand out the stored object itself; SetFromObject
     // replaces them with copies (UnitVariable excepted: always shared).
-    Ref<CVariableClass> Class = make<CVariableClass>();
+    Child<CVariableClass> Class;
     Text ConstantUnit;
     Text VariableUnit;  // the unit the value is in; RecalcToUnit changes it
     Ref<CDefinition> UnitVariable;
     Variant DefaultValue;
     Text Help;
     Text Label;
-    Ref<CDefinitionList> PreEditActions = make<CDefinitionList>();
-    Ref<CDefinitionList> PostEditActions = make<CDefinitionList>();
-    Ref<CDefinitionList> PreReadActions = make<CDefinitionList>();
-    Ref<CDefinitionList> PostReadActions = make<CDefinitionList>();
-    Ref<CDefinitionList> PreWriteActions = make<CDefinitionList>();
-    Ref<CDefinitionList> PostWriteActions = make<CDefinitionList>();
+    Child<CDefinitionList> PreEditActions;
+    Child<CDefinitionList> PostEditActions;
+    Child<CDefinitionList> PreReadActions;
+    Child<CDefinitionList> PostReadActions;
+    Child<CDefinitionList> PreWriteActions;
+    Child<CDefinitionList> PostWriteActions;
     std::int16_t ReadTimeout = -1;   // -1: none given
     std::int16_t WriteTimeout = -1;  // -1: none given
-    Ref<CType> TypeInfo = make<CType>();
+    Child<CType> TypeInfo;
     // Validity and IsChecked start True, the other flags False.
     bool Validity = true;
     bool ToBeWritten = false;
@@ -104,7 +104,7 @@ public:
     // Stores a copy (Null clears the value), unchecked; stamps LastSetTime.
     void SetValue(const Variant& newValue);
 
-    Ref<CVariableDefinitionSet> Relations() const { return relations_; }
+    Ref<CVariableDefinitionSet> Relations() const { return relations_.ref(); }
     void SetRelations(const Ref<CVariableDefinitionSet>& newRelations) { relations_ = newRelations; }
 
     // Converts the value into NewUnit and records the unit; any failure
@@ -146,7 +146,7 @@ private:
     std::int32_t availability_ = -1;
     Variant value_;
     detail::FlagArrayLink handling_{2};
-    Ref<CVariableDefinitionSet> relations_ = make<CVariableDefinitionSet>();
+    Child<CVariableDefinitionSet> relations_;
 };
 
 }  // namespace tylhart

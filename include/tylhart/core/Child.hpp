@@ -1,0 +1,98 @@
+// Child<T>: an object field that a class fills with a fresh T of its own.
+// The T comes into being on first use, so the many children that a device
+// description never touches (six empty action lists per variable, a type's
+// unused enumerator sets and array object) cost no allocation, and a copy
+// does not first make the children it is about to replace. No caller can
+// tell: every read hands out the same object and assigning stores what is
+// assigned (Nothing included). For containers, copies, comparisons and
+// renderings of a child not yet made also behave as those of a fresh one
+// without making it.
+#pragma once
+
+#include <utility>
+
+#include "tylhart/core/Error.hpp"
+#include "tylhart/core/Object.hpp"
+
+namespace tylhart {
+
+template <class T>
+class Child {
+public:
+    Child() noexcept = default;
+    Child(Ref<T> object) noexcept : object_(std::move(object)), made_(true) {}  // NOLINT: stands for a Ref
+    Child& operator=(Ref<T> object) noexcept {
+        object_ = std::move(object);
+        made_ = true;
+        return *this;
+    }
+    // A copy is another reference to the same child (`auto kept =
+    // type->EnumeratorSet` keeps what the type holds), so it makes it first.
+    Child(const Child& other) : Child(other.ref()) {}
+    Child& operator=(const Child& other) { return *this = other.ref(); }
+    Child(Child&& other) noexcept
+        : object_(std::move(other.object_)), made_(std::exchange(other.made_, false)) {}
+    Child& operator=(Child&& other) noexcept {
+        object_ = std::move(other.object_);
+        made_ = std::exchange(other.made_, false);
+        return *this;
+    }
+
+    // The child, made now if it was not yet.
+    const Ref<T>& ref() const {
+        if (!made_) {
+            object_ = make<T>();
+            made_ = true;
+        }
+        return object_;
+    }
+    operator const Ref<T>&() const { return ref(); }  // NOLINT: reads as the Ref it stands for
+    T* get() const { return ref().get(); }
+    T* operator->() const { return get(); }
+    T& operator*() const { return *get(); }
+    // False only once Nothing was assigned.
+    explicit operator bool() const noexcept { return !made_ || object_; }
+    bool made() const noexcept { return made_; }
+
+    friend bool operator==(const Child& a, const Child& b) { return a.ref() == b.ref(); }
+    friend bool operator==(const Child& a, const Ref<T>& b) { return a.ref() == b; }
+
+    // Only for the containers: a fresh one copies into a fresh one, compares
+    // equal to another and renders the same every time, which is what lets
+    // a child not yet made stand for one unseen.
+    static constexpr bool StandsInFresh = requires { typename T::ElementType; };
+
+    // The copy that SetFromObject stores: the source's child copied through
+    // its GetCopy, or, when the source never made it, a child still to come
+    // (a copy of a fresh T is a fresh T). Nothing in the source is the
+    // runtime's "object not set", as a call on it would be.
+    friend Child copyChild(const Child& source) {
+        static_assert(StandsInFresh);
+        if (!source.made_) return Child();
+        if (!source.object_) errors::raise(errors::Runtime::ObjectNotSet);
+        return Child(source.object_->GetCopy());
+    }
+    // This child's Compare with Other's, skipped when neither was made.
+    bool equals(const Child& other) const {
+        static_assert(StandsInFresh);
+        if (!made_ && !other.made_) return true;
+        if (!ref()) errors::raise(errors::Runtime::ObjectNotSet);
+        return object_->Compare(other.ref());
+    }
+    // The child's rendering; one not yet made renders as a fresh T without
+    // being kept.
+    auto render(std::int16_t infoLevel) const {
+        static_assert(StandsInFresh);
+        if (made_) {
+            if (!object_) errors::raise(errors::Runtime::ObjectNotSet);
+            return object_->ToString(infoLevel);
+        }
+        return make<T>()->ToString(infoLevel);
+    }
+
+private:
+    mutable Ref<T> object_;
+    mutable bool made_ = false;
+};
+
+}  // namespace tylhart
