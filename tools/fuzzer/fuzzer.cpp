@@ -61,11 +61,13 @@ private:
 // Members whose refusal may keep part of the copy, as their classes promise:
 // a variable, a data item, a response code, a transaction and a command copy
 // step by step and keep the steps done; lists and merging sets keep the
-// elements added before the refusal; a byte array sets Size before its bytes.
+// elements added before the refusal (the three replacing sets do not); a
+// byte array sets Size before its bytes.
 bool partialChangeAllowed(const Text& cls, const Text& member) {
     if (member == u"SetFromObject")
         return cls == u"CVariable" || cls == u"CDataItem" || cls == u"CResponseCode" || cls == u"CTransaction" ||
-               cls == u"CCommand" || cls == u"CTransactionDef" || cls.ends_with(u"List") || cls.ends_with(u"Set");
+               cls == u"CCommand" || cls == u"CTransactionDef" || cls.ends_with(u"List") ||
+               (cls.ends_with(u"Set") && cls != u"CMemberSet" && cls != u"CObjectSet" && cls != u"CTransactionSet");
     return member == u"SetFromByteArray" || member == u"Union";
 }
 
