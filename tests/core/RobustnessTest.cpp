@@ -4,12 +4,15 @@
 
 #include "TestSupport.hpp"
 #include "tylhart/automation/Registry.hpp"
+#include "tylhart/constructs/Collections.hpp"
 #include "tylhart/constructs/Menus.hpp"
 #include "tylhart/containers/CDefinitionList.hpp"
 #include "tylhart/containers/CDefinitionSet.hpp"
+#include "tylhart/containers/CObjectSet.hpp"
 #include "tylhart/containers/CValueList.hpp"
 #include "tylhart/external/CCharBuffer.hpp"
 #include "tylhart/external/CFlagArray.hpp"
+#include "tylhart/variables/CVariable.hpp"
 #include "tylhart/variables/FlagClasses.hpp"
 
 namespace tylhart::test {
@@ -132,6 +135,23 @@ TEST(Robustness, ReleasingAHundredThousandNestedListsDoesNotRecurse) {
     EXPECT_EQ(Object::liveObjects(), before);
 }
 
+// A type may hold itself as a range bound, a cycle its caller opens again:
+// rendering and comparing refuse the bound instead of following it, and a
+// new range count frees the type.
+TEST(Robustness, TypeHoldingItselfAsABoundIsFreedWhenTheBoundsAreRebuilt) {
+    const std::size_t before = Object::liveObjects();
+    {
+        auto type = create(u"CType");
+        let(type, u"Kind", std::int32_t{ddvTFloat});
+        let(type, u"MaxRangeNo", std::int32_t{0});
+        let(type, u"MinValues", std::int32_t{0}, type);
+        EXPECT_EQ(raised([&] { rendering(type); }), TypeMismatch);
+        EXPECT_EQ(raised([&] { call(type, u"Compare", type); }), TypeMismatch);
+        let(type, u"MaxRangeNo", std::int32_t{-1});
+    }
+    EXPECT_EQ(Object::liveObjects(), before);
+}
+
 // A menu whose one item holds the menu itself: every deep operation meets
 // the nesting limit instead of the end of the stack, and changes nothing.
 TEST(Robustness, NestingBeyondTheDepthLimitIsOutOfStackSpace) {
@@ -166,9 +186,10 @@ TEST(Robustness, RefusedInsertKeepsTheStoredElement) {
     EXPECT_EQ(set->FindItem(u"a")->Kind(), ddoKVariableDef);
 }
 
-// A source whose flag array was resized cannot be copied; the target keeps
-// every field, the Output set included.
-TEST(Robustness, RefusedFlagClassCopiesChangeNothing) {
+// Copies that cannot be made leave the target as it was: a source whose flag
+// array was resized, a list holding Nothing, and replacing sets whose shared
+// elements lost their keys after they were added.
+TEST(Robustness, RefusedCopiesChangeNothing) {
     auto output = make<COutputStatusClass>();
     output->Range = 5;
     output->SetKind(ddosCMax);
@@ -176,25 +197,50 @@ TEST(Robustness, RefusedFlagClassCopiesChangeNothing) {
     auto status = make<CStatusClass>();
     status->Output->Add(make<COutputStatusClass>());
     let(status->GetOtherObj(), 103, std::int32_t{3});
-    auto outputTarget = make<COutputStatusClass>();
     auto statusTarget = make<CStatusClass>();
     const auto keptOutput = statusTarget->Output;
-    for (const auto& [target, source] : {std::pair<Ref<Object>, Ref<Object>>{outputTarget, output}, {statusTarget, status}}) {
-        const std::string before = rendering(target);
-        EXPECT_EQ(raised([&] { call(target, u"SetFromObject", source); }), InvalidCall);
-        EXPECT_EQ(rendering(target), before);
+
+    auto list = make<CDefinitionList>();
+    list->Add(makeDefinition(u"b", ddoKVariableDef));
+    list->Add(Ref<CDefinition>());
+    auto listTarget = make<CDefinitionList>();
+    listTarget->Add(makeDefinition(u"a", ddoKVariableDef));
+
+    auto member = [](const char16_t* ident) { return made<CMember>([&](CMember& m) { m.Ident = ident; }); };
+    auto renamed = member(u"b");
+    auto members = make<CMemberSet>();
+    members->Add(member(u"a"));
+    members->Add(renamed);
+    renamed->Ident = u"A";  // now shares the first member's key
+    auto memberTarget = make<CMemberSet>();
+    memberTarget->Add(member(u"x"));
+
+    auto variable = make<CVariable>();
+    variable->SetDefinition(makeDefinition(u"v", ddoKVariableDef));
+    auto emptied = variable->MakeObject();
+    auto objects = make<CObjectSet>();
+    objects->Add(emptied);
+    emptied->SetUntypedObject(nullptr);  // its key can no longer be read
+    auto objectTarget = make<CObjectSet>();
+    objectTarget->Add(variable->MakeObject());
+
+    const struct {
+        Ref<Object> target, source;
+        ErrorRecord expected;
+    } rows[] = {
+        {make<COutputStatusClass>(), output, InvalidCall},
+        {statusTarget, status, InvalidCall},
+        {listTarget, list, NotSet},
+        {memberTarget, members, Duplicate},
+        {objectTarget, objects, NotSet},
+    };
+    for (const auto& r : rows) {
+        SCOPED_TRACE(toUtf8(r.target->className()));
+        const std::string before = rendering(r.target);
+        EXPECT_EQ(raised([&] { call(r.target, u"SetFromObject", r.source); }), r.expected);
+        EXPECT_EQ(rendering(r.target), before);
     }
     EXPECT_EQ(statusTarget->Output.get(), keptOutput.get());
-}
-
-TEST(Robustness, ListCopyThatCannotCopyAnElementChangesNothing) {
-    auto source = make<CDefinitionList>();
-    source->Add(makeDefinition(u"b", ddoKVariableDef));
-    source->Add(Ref<CDefinition>());
-    auto target = make<CDefinitionList>();
-    target->Add(makeDefinition(u"a", ddoKVariableDef));
-    EXPECT_EQ(raised([&] { target->SetFromObject(source); }), NotSet);
-    EXPECT_EQ(names(*target), "a");
 }
 
 }  // namespace

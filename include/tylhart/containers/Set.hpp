@@ -3,6 +3,8 @@
 // regard to case; Item and FindItem hand out copies, NewEnum the elements.
 #pragma once
 
+#include <utility>
+
 #include "tylhart/containers/Container.hpp"
 
 namespace tylhart {
@@ -75,7 +77,10 @@ public:
 
     // Shallow: the same element objects are added. Most sets merge into what
     // they hold, so a shared key fails part-way with the duplicate-key error;
-    // sets with ReplacesOnCopy discard their content first.
+    // sets with ReplacesOnCopy discard their content, but only once every
+    // element is in: the source's elements are shared objects whose keys may
+    // have changed since they were added (two members renamed alike, a
+    // handle emptied), and such a refused copy keeps what the set held.
     void SetFromObject(const Ref<Derived>& toCopy) {
         if (!toCopy) errors::raise(errors::Runtime::ObjectNotSet);
         self().copyHeaderFrom(*toCopy);
@@ -85,8 +90,17 @@ public:
             if (!Derived::ReplacesOnCopy && !store_.empty()) errors::raise(errors::Runtime::DuplicateKey);
             return;
         }
-        if (Derived::ReplacesOnCopy) store_.clear();
-        toCopy->store_.forEach([&](const Element& e) { Add(e); });
+        if constexpr (Derived::ReplacesOnCopy) {
+            KeyedStore<Element> kept = std::exchange(store_, KeyedStore<Element>());
+            try {
+                toCopy->store_.forEach([&](const Element& e) { Add(e); });
+            } catch (...) {
+                store_ = std::move(kept);
+                throw;
+            }
+        } else {
+            toCopy->store_.forEach([&](const Element& e) { Add(e); });
+        }
     }
 
     // Same header, same Count, and every key of ToCompare present here:
