@@ -16,7 +16,13 @@
 
 namespace tylhart {
 
+// How a child comes into being: a fresh T, unless a class says otherwise.
 template <class T>
+struct MakeFresh {
+    Ref<T> operator()() const { return make<T>(); }
+};
+
+template <class T, class Maker = MakeFresh<T>>
 class Child {
 public:
     Child() noexcept = default;
@@ -41,7 +47,7 @@ public:
     // The child, made now if it was not yet.
     const Ref<T>& ref() const {
         if (!made_) {
-            object_ = make<T>();
+            object_ = Maker{}();
             made_ = true;
         }
         return object_;

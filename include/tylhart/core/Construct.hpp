@@ -1,5 +1,5 @@
 // The shape that the top-level construct classes share: an own definition
-// made in the constructor, a kind-checked Definition, MakeObject, deep copy
+// ("unknown" of the class's kind until one is set), a kind-checked Definition, MakeObject, deep copy
 // and a tagged rendering.
 #pragma once
 
@@ -42,7 +42,7 @@ public:
     }
 
 protected:
-    Construct() : definition_(makeDefinition(u"unknown", Derived::ObjectKind)) {}
+    Construct() = default;
 
     // The deep copy of the definition, through the checked setter.
     void copyDefinitionFrom(const Derived& other) {
@@ -80,7 +80,12 @@ protected:
         return b.method(u"ToString", &Derived::ToString, {optional(u"InfoLevel", std::int16_t{1})});
     }
 
-    Ref<CDefinition> definition_;
+    // Made on first use: most constructs are given a definition, or copy
+    // one, before anyone reads the "unknown" one.
+    struct UnknownDefinition {
+        Ref<CDefinition> operator()() const { return makeDefinition(u"unknown", Derived::ObjectKind); }
+    };
+    Child<CDefinition, UnknownDefinition> definition_;
 
 private:
     Text concatDefinition(std::int16_t infoLevel) const {

@@ -110,8 +110,8 @@ T& checked(const Ref<T>& object) {
     if (!object) errors::raise(errors::Runtime::ObjectNotSet);
     return *object;
 }
-template <class T>
-T& checked(const Child<T>& child) {
+template <class T, class Maker>
+T& checked(const Child<T, Maker>& child) {
     return checked(child.ref());
 }
 
