@@ -3,7 +3,10 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <fstream>
 #include <functional>
+#include <sstream>
 #include <string>
 #include <type_traits>
 
@@ -160,18 +163,41 @@ inline void expectRefused(const Ref<Object>& o, const std::function<void()>& ref
     EXPECT_EQ(state(), before) << toUtf8(o->className());
 }
 
-// One row per rendering: the object, the level, the exact text (nullptr: Empty).
+// A long text compared whole with its file under tests/data. A difference
+// reports the first line that differs and leaves the whole text in
+// <file name>.actual in the working directory, to review and copy over.
+inline void expectMatchesFile(const std::string& file, const std::string& actual) {
+    std::ifstream in(TYLHART_TEST_DATA_DIR "/" + file, std::ios::binary);
+    std::stringstream stored;
+    stored << in.rdbuf();
+    if (actual == stored.str()) return;
+    std::ofstream(std::filesystem::path(file).filename().string() + ".actual", std::ios::binary) << actual;
+    std::istringstream want(stored.str()), got(actual);
+    std::string w, g;
+    for (int line = 1;; ++line) {
+        const bool moreWanted = !!std::getline(want, w), moreGot = !!std::getline(got, g);
+        if (moreWanted && moreGot && w == g) continue;
+        ADD_FAILURE() << file << " line " << line << "\n  want " << (moreWanted ? w : "(end)") << "\n  got  "
+                      << (moreGot ? g : "(end)");
+        return;
+    }
+}
+
+// One row per rendering: a name, the object, the level. The exact texts are
+// tests/data/renderings/<suite>.<test>.txt, a line "name level: text" per
+// row (<empty> for Empty), so that long renderings read whole and in order.
 struct Rendering {
+    const char* name;
     std::function<Ref<Object>()> build;
     std::int16_t level;
-    const char* expected;
 };
 inline void expectRenderings(std::initializer_list<Rendering> rows) {
-    for (const Rendering& r : rows) {
-        const Variant v = call(r.build(), u"ToString", r.level);
-        if (r.expected) EXPECT_EQ(text(v), r.expected) << "level " << r.level;
-        else EXPECT_TRUE(v.isEmpty()) << "level " << r.level << ": " << text(v);
-    }
+    std::string listing;
+    for (const Rendering& r : rows)
+        listing += std::string(r.name) + " " + std::to_string(r.level) + ": " +
+                   text(call(r.build(), u"ToString", r.level)) + "\n";
+    const testing::TestInfo* test = testing::UnitTest::GetInstance()->current_test_info();
+    expectMatchesFile(std::string("renderings/") + test->test_suite_name() + "." + test->name() + ".txt", listing);
 }
 
 }  // namespace test

@@ -103,6 +103,7 @@ IDispatch* create(const automation::ClassEntry& c) {
     check(hr == S_OK && d, "CoCreateInstance " + toUtf8(c.name));
     return d;
 }
+IDispatch* create(const char16_t* className) { return create(*automation::findClass(className)); }
 
 // The vtable view of a dual interface, from its dispatch view.
 ITypeInfo* vtableView(ITypeInfo* dispatchView) {
@@ -238,20 +239,11 @@ void library() {
     lib->Release();
 }
 
-IDispatch* createByName(const wchar_t* progId) {
-    CLSID clsid;
-    IDispatch* d = nullptr;
-    if (CLSIDFromProgID(progId, &clsid) == S_OK)
-        CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_IDispatch, reinterpret_cast<void**>(&d));
-    check(d != nullptr, "create " + narrow(progId));
-    return d;
-}
-
+// Calls, by-reference write-back and error records as scripts see them are
+// the VBScript suite's; here what a script cannot reach.
 void callsAndErrors() {
-    IDispatch* def = createByName(L"TylHartTypes.CDefinition");
-    check(call(def, L"initialize", DISPATCH_METHOD, {Var(L"pressure"), Var(0L)}).hr == S_OK, "Initialize");
-    check(text(call(def, L"ToString", DISPATCH_METHOD | DISPATCH_PROPERTYGET, {Var(2L)})) ==
-              "Definition{Name:pressure, Kind:0}", "ToString(2)");
+    IDispatch* def = create(u"CDefinition");
+    call(def, L"initialize", DISPATCH_METHOD, {Var(L"pressure"), Var(0L)});
     Outcome refused = call(def, L"Initialize", DISPATCH_METHOD, {Var(L"x"), Var(2L)});
     const std::string record = "80070057|CDefinition.Initialize|Once a Kind is initialized, it must not be changed anymore!";
     check(refused.hr == DISP_E_EXCEPTION && refused.record() == record, "EXCEPINFO " + refused.record());
@@ -264,7 +256,7 @@ void callsAndErrors() {
 
     // Every kind travels into a value list and back out unchanged; objects
     // come back as the same identity.
-    IDispatch* values = createByName(L"TylHartTypes.CValueList");
+    IDispatch* values = create(u"CValueList");
     std::vector<Var> kinds(12);
     kinds[0].vt = VT_EMPTY;
     kinds[1].vt = VT_NULL;
@@ -319,20 +311,8 @@ void callsAndErrors() {
     for (IEnumVARIANT* e : {items, clone})
         if (e) e->Release();
 
-    // A by-reference argument gets the member's final value back.
-    IDispatch* variable = createByName(L"TylHartTypes.CVariable");
-    Outcome type = call(variable, L"TypeInfo", DISPATCH_PROPERTYGET);
-    call(type.result.pdispVal, L"Kind", DISPATCH_PROPERTYPUT, {Var(7L)});
-    call(type.result.pdispVal, L"Size", DISPATCH_PROPERTYPUT, {Var(8L)});
-    long size = -1;
-    Var sizeRef;
-    sizeRef.vt = VT_BYREF | VT_I4, sizeRef.plVal = &size;
-    Outcome legal = call(variable, L"IsString", DISPATCH_METHOD, {Var(L"abcdefgh"), sizeRef});
-    check(legal.hr == S_OK && legal.result.boolVal == VARIANT_TRUE && size == 8, "by-reference write-back");
-    sizeRef.vt = VT_EMPTY;  // points at a local
-
     // The default member answers dispatch identifier 0, for a put as well.
-    IDispatch* chars = createByName(L"TylHartTypes.CCharArray");
+    IDispatch* chars = create(u"CCharArray");
     call(chars, L"Size", DISPATCH_PROPERTYPUT, {Var(4L)});
     Var value(L"wxyz");
     DISPID named = DISPID_PROPERTYPUT;
@@ -341,7 +321,7 @@ void callsAndErrors() {
               text(call(chars, L"ToString", DISPATCH_METHOD, {Var(2L)})) == "CharArray{Text:wxyz, Size:4}",
           "default member let");
 
-    for (IDispatch* d : {chars, variable, values, def}) d->Release();
+    for (IDispatch* d : {chars, values, def}) d->Release();
 }
 
 // The vtable view of an object's dual interface.
@@ -386,9 +366,9 @@ HRESULT vcall(IDispatch* d, const wchar_t* name, INVOKEKIND kind, A... args) {
 // Calls through the vtable of every kind of signature, checked against the
 // same members reached through Invoke.
 void vtableCalls() {
-    IDispatch* def = createByName(L"TylHartTypes.CDefinition");
-    IDispatch* var = createByName(L"TylHartTypes.CVariable");
-    IDispatch* type = createByName(L"TylHartTypes.CType");
+    IDispatch* def = create(u"CDefinition");
+    IDispatch* var = create(u"CVariable");
+    IDispatch* type = create(u"CType");
     BSTR name = SysAllocString(L"level");
     Var shown;
     check(vcall(def, L"Initialize", INVOKE_FUNC, name, 0L) == S_OK &&

@@ -23,24 +23,17 @@ Ref<Object> labelledArray() {
 
 TEST(Collections, RenderExactly) {
     expectRenderings({
-        {[] { return element(3); }, 2, "Element{Definition{Name:unknown, Kind:-1}, Value:3, Description:a, Help:b}"},
-        {[] { return element(3); }, 0, nullptr},
-        {[] { return member(u"x", makeDefinition(u"pv", ddoKVariableDef)); }, 2,
-         "Member{Definition{Name:pv, Kind:0}, Ident:x, Description:d, Help:h}"},
-        {[] { return member(u"x", nullptr); }, 2, "Member{, Ident:x, Description:d, Help:h}"},
-        {labelledCollection, 1, "COLLECTION{Definition{Name:unknown}}"},
-        {labelledCollection, 3,
-         "COLLECTION{Definition{Name:unknown, Kind:9}, Label:L, Help:H, Members:MemberSet{Count:1, "
-         "Items: { Member{Definition{Name:unknown}}}}}"},
-        {[] { return made<CCollection>([](CCollection& c) { c.Members = nullptr; }); }, 2,
-         "COLLECTION{Definition{Name:unknown, Kind:9}, Label:, Help:}"},
-        {labelledArray, 1, "ARRAY{Definition{Name:unknown}}"},
-        {labelledArray, 3,
-         "ARRAY{Definition{Name:unknown, Kind:8}, Label:L, Help:, Elements:CElementList{Count:1, "
-         "Items: { Element{Definition{Name:unknown}}}}}"},
-        {[] { return made<CArray>([](CArray& a) { a.Elements = nullptr; }); }, 2,
-         "ARRAY{Definition{Name:unknown, Kind:8}, Label:, Help:}"},
-        {labelledArray, -1, nullptr},
+        {"element", [] { return element(3); }, 2},
+        {"element", [] { return element(3); }, 0},
+        {"member", [] { return member(u"x", makeDefinition(u"pv", ddoKVariableDef)); }, 2},
+        {"member without definition", [] { return member(u"x", nullptr); }, 2},
+        {"collection", labelledCollection, 1},
+        {"collection", labelledCollection, 3},
+        {"collection without members", [] { return made<CCollection>([](CCollection& c) { c.Members = nullptr; }); }, 2},
+        {"array", labelledArray, 1},
+        {"array", labelledArray, 3},
+        {"array without elements", [] { return made<CArray>([](CArray& a) { a.Elements = nullptr; }); }, 2},
+        {"array", labelledArray, -1},
     });
 }
 

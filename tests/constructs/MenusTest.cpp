@@ -31,21 +31,15 @@ TEST(Menus, RenderExactly) {
         return i->SetQualification(ddmiqTReview, true), i;
     };
     expectRenderings({
-        {make<CMenu>, 2, "MENU{Definition{Name:unknown, Kind:2}, Label:, Review:False, Items:MenuItemList{Count:0}}"},
-        {labelled, 3, "MENU{Definition{Name:unknown, Kind:2}, Label:L, Review:True, Items:MenuItemList{Count:1, "
-                      "Items: { MenuItem{Definition{Name:unknown}}}}}"},
-        {make<CMenuItem>, 0, "MenuItem{Definition{Name:unknown}}"},
-        {make<CMenuItem>, 2, "MenuItem{Definition{Name:unknown, Kind:-1}, Qualification:00, Object:OBJECT{}}"},
-        {onCollection, 3, "MenuItem{Definition{Name:c, Kind:9}, Qualification:01, Object:OBJECT{COLLECTION{"
-                          "Definition{Name:c, Kind:9}, Label:, Help:, Members:MemberSet{Count:0}}, "
-                          "AttributesAvailable:False, ChangeLevel:0, LastChangeLevel:0}}"},
-        {make<CEditDisplay>, 0, "EDIT_DISPLAY{Definition{Name:unknown}}"},
-        {make<CEditDisplay>, 2, "EDIT_DISPLAY{Definition{Name:unknown, Kind:3}, Label:, DisplayItems:"
-                                "EditDisplayItemList{Count:0}, EditItems:EditDisplayItemList{Count:0}, "
-                                "PreEditActions:DefinitionList{Count:0}, PostEditActions:DefinitionList{Count:0}}"},
-        {make<CEditDisplayItem>, 0, nullptr},
-        {[] { return itemOn<CEditDisplayItem>(named<CVariable>(u"pv")); }, 2,
-         "EditDisplayItem{Definition{Name:pv, Kind:0}, Object:OBJECT{VARIABLE{Definition{Name:pv}}}}"},
+        {"new menu", make<CMenu>, 2},
+        {"menu", labelled, 3},
+        {"new menu item", make<CMenuItem>, 0},
+        {"new menu item", make<CMenuItem>, 2},
+        {"menu item on a collection", onCollection, 3},
+        {"new edit display", make<CEditDisplay>, 0},
+        {"new edit display", make<CEditDisplay>, 2},
+        {"new edit display item", make<CEditDisplayItem>, 0},
+        {"edit display item on a variable", [] { return itemOn<CEditDisplayItem>(named<CVariable>(u"pv")); }, 2},
     });
     // The menu item's short form is built first, so it needs a definition at every level.
     auto bare = made<CMenuItem>([](CMenuItem& i) { i.Definition = nullptr; });

@@ -35,29 +35,23 @@ Ref<CMethod> method() {
 TEST(Constructs, RenderExactly) {
     expectRenderings({
         // UNIT prints the unit variable's definition after the tag, never its own.
-        {unit, 0, nullptr},
-        {unit, 1, "UNIT{Definition{Name:pv}}"},
-        {[] { return made<CUnit>([](CUnit& u) { u.InRecursion = true, u.Reread = nullptr; }); }, 2,
-         "UNIT{Definition{Name:unknown, Kind:0}, Unit:Definition{Name:unknown}, InRecursion:True}"},
-        {unit, 3, "UNIT{Definition{Name:pv, Kind:0}, Unit:Definition{Name:pv, Kind:0}, "
-                  "Reread:VariableDefinitionSet{Count:1, Items: { Definition{Name:s}}}, InRecursion:False}"},
-        {refresh, 2, "REFRESH{Definition{Name:r, Kind:5}, Reread:VariableDefinitionSet{Count:1}, "
-                     "Changed:VariableDefinitionSet{Count:0}, InRecursion:False}"},
+        {"unit", unit, 0},
+        {"unit", unit, 1},
+        {"unit without reread", [] { return made<CUnit>([](CUnit& u) { u.InRecursion = true, u.Reread = nullptr; }); }, 2},
+        {"unit", unit, 3},
+        {"refresh", refresh, 2},
         // WRITE_AS_ONE and its items have a short form below level 1.
-        {writeAsOne, -1, "WRITE_AS_ONE{Definition{Name:w}}"},
-        {[] { return made<CWriteAsOne>([](CWriteAsOne& w) { w.InProgress = true, w.Modified = nullptr; }); }, 2,
-         "WRITE_AS_ONE{Definition{Name:unknown, Kind:7}, InProgress:True, IsComplete:False}"},
-        {writeAsOne, 3, "WRITE_AS_ONE{Definition{Name:w, Kind:7}, InProgress:False, IsComplete:False, "
-                        "Modified:DataItemList{Count:1, Items: { VariableItem{Definition{Name:pv}}}}}"},
-        {item, 2, "VariableItem{Definition{Name:pv, Kind:0}, m_Variable:VARIABLE{Definition{Name:pv}}}"},
-        {make<CVariableItem>, 0, "VariableItem{Definition{Name:unknown}}"},
-        {method, 0, nullptr},
-        {method, 1, "METHOD{Definition{Name:m}}"},
+        {"write as one", writeAsOne, -1},
+        {"write as one without items",
+         [] { return made<CWriteAsOne>([](CWriteAsOne& w) { w.InProgress = true, w.Modified = nullptr; }); }, 2},
+        {"write as one", writeAsOne, 3},
+        {"variable item", item, 2},
+        {"new variable item", make<CVariableItem>, 0},
+        {"method", method, 0},
+        {"method", method, 1},
         // The definition keeps the method's own level; the class goes one down.
-        {method, 2, "METHOD{Definition{Name:m, Kind:4}, Label:L, Help:H, Validity:True, Uid:7, "
-                    "Class:MethodClass{Type:00100000000}}"},
-        {[] { return made<CMethod>([](CMethod& m) { m.Validity = false, m.Uid = -3, m.Class = nullptr; }); }, 3,
-         "METHOD{Definition{Name:unknown, Kind:4}, Label:, Help:, Validity:False, Uid:-3}"},
+        {"method", method, 2},
+        {"method without class", [] { return made<CMethod>([](CMethod& m) { m.Validity = false, m.Uid = -3, m.Class = nullptr; }); }, 3},
     });
     auto i = make<CVariableItem>();
     i->Definition = nullptr;  // the short form is built before the level is looked at

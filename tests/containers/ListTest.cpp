@@ -125,11 +125,7 @@ TEST(List, RendersLabelCountAndItemsOneLevelDown) {
     list->Add(Ref<CDefinition>());  // Nothing renders nothing; the rest still prints
     list->Add(makeDefinition(u"b", ddoKMenuDef));
     const auto built = [&] { return list; };
-    expectRenderings({{built, 0, nullptr},
-                      {built, 1, "DefinitionList{Count:3}"},
-                      {built, 2, "DefinitionList{Count:3, Items: { Definition{Name:a} Definition{Name:b}}}"},
-                      {built, 3,
-                       "DefinitionList{Count:3, Items: { Definition{Name:a, Kind:0} Definition{Name:b, Kind:2}}}"}});
+    expectRenderings({{"list", built, 0}, {"list", built, 1}, {"list", built, 2}, {"list", built, 3}});
 }
 
 TEST(ValueList, StoresValuesAndComparesThemByVariantEquality) {

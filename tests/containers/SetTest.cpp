@@ -104,9 +104,8 @@ TEST(VariableDefinitionSet, AcceptsOnlyVariablesItsUnionAlwaysFailsAndItHasAShor
     EXPECT_EQ(raised([&] { set->Add(makeDefinition(u"m", ddoKMenuDef)); }), WrongKind);
     EXPECT_EQ(raised([&] { set->Union(make<CDefinitionSet>()); }), TypeMismatch);
     EXPECT_EQ(names(*set), "a");
-    expectRenderings({{[&] { return set; }, 0, "DefinitionSet{Count:1}"},
-                      {[&] { return set; }, 1, "VariableDefinitionSet{Count:1}"},
-                      {[&] { return set; }, 2, "VariableDefinitionSet{Count:1, Items: { Definition{Name:a}}}"}});
+    const auto built = [&] { return set; };
+    expectRenderings({{"set", built, 0}, {"set", built, 1}, {"set", built, 2}});
 }
 
 TEST(ValueSet, KeysAreTextFormsSoANumberAndItsTextCollide) {

@@ -181,25 +181,21 @@ Ref<CType> timeValue() {
 
 TEST(Type, RendersExactly) {
     expectRenderings({
-        {make<CType>, 1, "Type{Kind:-1}}"},
-        {make<CType>, 0, nullptr},
-        {intRange, 2, "Type{Kind:2}, Size:2, Ranges:{ (0:0 - 100)}, ScalingFactor:1, DisplayFormat:, EditFormat:}"},
+        {"new", make<CType>, 1},
+        {"new", make<CType>, 0},
+        {"int with a range", intRange, 2},
         // A Null range end adds nothing.
-        {floatTwoRanges, 2,
-         "Type{Kind:0}, Ranges:{ (0: - ) (1:0.5 - 1.5)}, ScalingFactor:2.5, DisplayFormat:%.2f, EditFormat:%.3f}"},
-        {[] { return typeOf(ddvTDouble); }, 2,
-         "Type{Kind:1}, Ranges:{}, ScalingFactor:1, DisplayFormat:, EditFormat:}"},
-        {enumerated, 2, "Type{Kind:4}, Size:0, Enumerators:VariableEnumeratorSet{Count:1}}"},
-        {[] { return typeOf(ddvTBitEnumerator); }, 2,
-         "Type{Kind:5}, Size:0, BitEnumerators:VariableBitEnumeratorSet{Count:0}}"},
+        {"float with two ranges", floatTwoRanges, 2},
+        {"double", [] { return typeOf(ddvTDouble); }, 2},
+        {"enumerator", enumerated, 2},
+        {"bit enumerator", [] { return typeOf(ddvTBitEnumerator); }, 2},
         // The domain label prints the array object again.
-        {[] { return indexType(true, true); }, 2,
-         "Type{Kind:6}, Size:0, ArrayObject:ARRAY{Definition{Name:arr}}, Domain:ARRAY{Definition{Name:arr}}}"},
-        {[] { return indexType(true, false); }, 2, "Type{Kind:6}, Size:0, ArrayObject:ARRAY{Definition{Name:arr}}}"},
-        {[] { return indexType(false, false); }, 2, "Type{Kind:6}, Size:0}"},
-        {[] { return typeOf(ddvTASCII); }, 2, "Type{Kind:7}, Size:0}"},
-        {[] { return typeOf(ddvTDate); }, 2, "Type{Kind:11}}"},
-        {timeValue, 2, "Type{Kind:15}, DisplayFormat:d, EditFormat:e, TimeFormat:hh:mm, ScaleQualifier:2}"},
+        {"index with array and domain", [] { return indexType(true, true); }, 2},
+        {"index with an array", [] { return indexType(true, false); }, 2},
+        {"index with neither", [] { return indexType(false, false); }, 2},
+        {"ascii", [] { return typeOf(ddvTASCII); }, 2},
+        {"date", [] { return typeOf(ddvTDate); }, 2},
+        {"time value", timeValue, 2},
     });
     auto domainOnly = indexType(false, true);  // the domain label reads the missing array object
     EXPECT_EQ(raised([&] { domainOnly->ToString(2); }), NotSet);
