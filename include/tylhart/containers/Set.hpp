@@ -59,7 +59,7 @@ public:
     void Remove(const Element& element) {
         try {
             const auto& property = Derived::keyText(element);
-            if (auto i = store_.find(PrefixedKey{KeyPrefix, property})) store_.erase(*i);
+            store_.eraseKey(PrefixedKey{KeyPrefix, property});
         } catch (const Error&) {
         }
     }
@@ -112,11 +112,10 @@ public:
     // The element stored under the key made from a key property's text, as
     // a copy; the missing-key error when absent.
     Element findByKeyText(TextView keyText) const {
-        return ElementOps<Element>::copy(store_[store_.keyIndex(PrefixedKey{KeyPrefix, keyText})]);
+        return ElementOps<Element>::copy(store_.atKey(PrefixedKey{KeyPrefix, keyText}));
     }
-    std::optional<std::size_t> findKeyText(TextView keyText) const {
-        return store_.find(PrefixedKey{KeyPrefix, keyText});
-    }
+    // The stored element under that key, or null.
+    const Element* findKeyText(TextView keyText) const { return store_.lookup(PrefixedKey{KeyPrefix, keyText}); }
 
     static ClassInfo describe() {
         ClassBuilder<Derived> b(Derived::TypeName);
