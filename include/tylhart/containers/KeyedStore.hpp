@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <bit>
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <new>
 #include <optional>
@@ -62,7 +63,9 @@ struct CaseInsensitiveEqual {
 // block keeps its entries densely in arrival order plus a permutation of
 // 16-bit offsets (order: offset in the block -> slot, rank: slot -> offset),
 // so an insertion or removal shifts one block's 2-byte offsets and touches
-// no other block. A plain vector shifts the whole tail instead, and a
+// no other block. A block only ever appended to (most of them: lists and
+// sets are mostly built by appending) knows that its slots are its
+// offsets, and a read skips the permutation. A plain vector shifts the whole tail instead, and a
 // linked list walks for a position; this costs O(Capacity + log n) for
 // both.
 // A key's index node records the block and slot of its entry, so a key
@@ -102,7 +105,9 @@ class KeyedStore {
         std::vector<Entry> entries; // slots, in arrival order
         std::vector<Offset> order;  // offset in the block -> slot
         std::vector<Offset> rank;   // slot -> offset in the block
+        bool ordered = true;        // every slot is its offset, as appending leaves a block
         std::size_t size() const noexcept { return entries.size(); }
+        std::size_t slotAt(std::size_t offset) const noexcept { return ordered ? offset : order[offset]; }
     };
 
 public:
@@ -269,21 +274,24 @@ private:
 
     // Block and offset of the element at 0-based Index < size(): the last
     // block whose predecessors hold no more than Index elements.
+    // Without branches: the steps of a random position's descent cannot
+    // be predicted, and the tree's padding past the last block never fits.
     std::pair<std::size_t, std::size_t> locate(std::size_t index) const noexcept {
-        const std::size_t count = blocks_.size();
-        if (count == 1) return {0, index};
+        if (blocks_.size() == 1) return {0, index};
+        const std::size_t* tree = tree_.data();
         std::size_t b = 0;
-        for (std::size_t step = std::bit_floor(count); step > 0; step >>= 1)
-            if (b + step <= count && tree_[b + step - 1] <= index) {
-                b += step;
-                index -= tree_[b - 1];
-            }
+        for (std::size_t step = tree_.size() / 2; step > 0; step >>= 1) {
+            const std::size_t count = tree[b + step - 1];
+            const bool fits = count <= index;
+            b += fits ? step : 0;
+            index -= fits ? count : 0;
+        }
         return {b, index};
     }
     const Entry& entryAt(std::size_t index) const noexcept {
         auto [b, offset] = locate(index);
         const Block& block = *blocks_[b];
-        return block.entries[block.order[offset]];
+        return block.entries[block.slotAt(offset)];
     }
     // Elements in the blocks before block B.
     std::size_t before(std::size_t b) const noexcept {
@@ -301,13 +309,15 @@ private:
             tree_[i - 1] += static_cast<std::size_t>(static_cast<std::ptrdiff_t>(delta));
     }
     // Renumbers the blocks and rebuilds the tree after blocks came or went;
-    // the tree's room is reserved before the blocks change.
+    // the tree's room is reserved before the blocks change. The tree is
+    // padded to a power of two with counts that no position reaches.
     void reshaped() noexcept {
         const std::size_t count = blocks_.size();
         for (std::size_t i = 0; i < count; ++i) blocks_[i]->ordinal = i;
         tree_.clear();
         if (count < 2) return;
         for (const auto& block : blocks_) tree_.push_back(block->size());
+        tree_.resize(std::bit_ceil(count), std::numeric_limits<std::size_t>::max());
         for (std::size_t i = 1; i <= count; ++i)
             if (std::size_t parent = i + (i & (~i + 1)); parent <= count) tree_[parent - 1] += tree_[i - 1];
     }
@@ -337,6 +347,7 @@ private:
         makeRoom(block.order);
         makeRoom(block.rank);
         const auto slot = static_cast<Offset>(block.size());
+        block.ordered = block.ordered && offset == slot;
         shiftRanks(block.rank, offset, 1);
         block.rank.push_back(static_cast<Offset>(offset));
         block.order.insert(block.order.begin() + static_cast<std::ptrdiff_t>(offset), slot);
@@ -349,6 +360,7 @@ private:
     void unlink(std::size_t b, std::size_t offset) noexcept {
         Block& block = *blocks_[b];
         const std::size_t slot = block.order[offset];
+        block.ordered = block.ordered && offset + 1 == block.size();
         [[maybe_unused]] T removed = std::move(block.entries[slot].value);  // released once the store is whole again
         block.order.erase(block.order.begin() + static_cast<std::ptrdiff_t>(offset));
         shiftRanks(block.rank, offset + 1, static_cast<Offset>(-1));
@@ -385,7 +397,7 @@ private:
         block->entries.reserve(room);
         block->order.reserve(room);
         block->rank.reserve(room);
-        if (!blocks_.empty()) tree_.reserve(blocks_.size() + 1);
+        if (!blocks_.empty()) tree_.reserve(std::bit_ceil(blocks_.size() + 1));
         Block& added = *block;
         blocks_.insert(blocks_.begin() + static_cast<std::ptrdiff_t>(b), std::move(block));
         reshaped();
@@ -447,12 +459,13 @@ private:
             into.rank.push_back(static_cast<Offset>(base + from.rank[s]));
         }
         for (Offset slot : from.order) into.order.push_back(static_cast<Offset>(base + slot));
+        into.ordered = into.ordered && from.ordered;
         blocks_.erase(blocks_.begin() + static_cast<std::ptrdiff_t>(b + 1));
         reshaped();
     }
 
     std::vector<std::unique_ptr<Block>> blocks_;
-    std::vector<std::size_t> tree_;  // Fenwick tree of block sizes, when there are two or more
+    std::vector<std::size_t> tree_;  // Fenwick tree of block sizes, when there are two or more blocks
     Index index_;
     std::size_t size_ = 0;
 };
