@@ -11,7 +11,7 @@ Text CObjectSet::keyText(const Ref<CObject>& handle) {
 
 Ref<CObject> CObjectSet::FindItem(const Ref<CDefinition>& objectDef) const {
     if (!objectDef) errors::raise(errors::Runtime::ObjectNotSet);
-    return findByKeyText(objectDef->Name());
+    return findByKeyText(objectDef->checkedName());
 }
 
 const ClassInfo& CObjectSet::staticClassInfo() {

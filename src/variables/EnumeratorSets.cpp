@@ -7,9 +7,9 @@ namespace tylhart {
 Text EnumeratorValueKey::keyText(std::int32_t value) { return decimal(value); }
 
 Ref<CEnumerator> CEnumeratorSet::FindItem(std::int32_t value) const {
-    auto found = findKeyText(keyText(value));
+    const Ref<CEnumerator>* found = findKeyText(keyText(value));
     if (!found) return {};
-    return ElementOps<Ref<CEnumerator>>::copy(elements()[*found]);
+    return ElementOps<Ref<CEnumerator>>::copy(*found);
 }
 
 Ref<CBitEnumerator> CBitEnumeratorSet::FindItem(std::int32_t value) const { return findByKeyText(keyText(value)); }

@@ -1,3 +1,5 @@
+#include <algorithm>
+#include <map>
 #include <random>
 
 #include "TestSupport.hpp"
@@ -6,32 +8,70 @@
 namespace tylhart::test {
 namespace {
 
-// The index is renumbered incrementally on every insert and erase; compare
-// it against a plain model after a long random sequence of operations.
-TEST(KeyedStore, KeyIndexFollowsInsertionsAndRemovalsAnywhere) {
-    KeyedStore<int> store;
-    std::vector<std::pair<int, Text>> model;  // value, key ("" = none)
+// Random inserts and removals anywhere, with and without keys, checked
+// after every step against a plain model. Small blocks make the store
+// split, merge and drop blocks many times; each run grows well past one
+// block and shrinks back to empty twice, and a copy is checked at the end
+// of every phase.
+template <std::size_t Capacity>
+void followsThePlainModel(std::size_t peak) {
+    KeyedStore<int, Capacity> store;
+    std::vector<std::pair<int, Text>> order;  // value, key ("" = none)
+    std::map<Text, int> keyed;                // key -> value
     std::mt19937 rng(42);
-    for (int step = 0; step < 4000; ++step) {
-        const std::size_t n = model.size();
-        if (n > 0 && rng() % 3 == 0) {
-            std::size_t at = rng() % n;
-            store.erase(at);
-            model.erase(model.begin() + static_cast<std::ptrdiff_t>(at));
+    auto pick = [&](std::size_t n) { return static_cast<std::size_t>(rng() % n); };
+    auto anyKey = [&] {
+        auto it = keyed.begin();
+        std::advance(it, static_cast<std::ptrdiff_t>(pick(keyed.size())));
+        return it->first;
+    };
+    auto verify = [&](const KeyedStore<int, Capacity>& s, int step) {
+        ASSERT_EQ(s.size(), order.size()) << "step " << step;
+        for (std::size_t i = 0; i < order.size(); ++i) {
+            ASSERT_EQ(s[i], order[i].first) << "step " << step << " index " << i;
+            if (order[i].second.empty()) continue;
+            ASSERT_EQ(s.find(order[i].second), i) << "step " << step;
+            ASSERT_EQ(*s.lookup(order[i].second), order[i].first) << "step " << step;
+        }
+    };
+    const int phase = static_cast<int>(3 * peak);
+    for (int step = 0; step < 4 * phase; ++step) {
+        const std::size_t n = order.size();
+        const bool growing = (step / phase) % 2 == 0;
+        if (n > 0 && (growing ? pick(3) == 0 : pick(3) != 0)) {
+            if (!keyed.empty() && pick(2) == 0) {
+                Text key = anyKey();
+                ASSERT_TRUE(store.eraseKey(foldCase(key)));  // keys ignore case
+                ASSERT_FALSE(store.contains(key));
+                order.erase(std::find(order.begin(), order.end(), std::pair{keyed[key], key}));
+                keyed.erase(key);
+            } else {
+                std::size_t at = pick(n);
+                store.erase(at);
+                keyed.erase(order[at].second);
+                order.erase(order.begin() + static_cast<std::ptrdiff_t>(at));
+            }
+        } else if (!keyed.empty() && pick(8) == 0) {
+            EXPECT_EQ(raised([&] { store.insert(pick(n + 1), step, foldCase(anyKey())); }), Duplicate);
+            ASSERT_FALSE(store.eraseKey(Text(u"absent")));
         } else {
-            std::size_t at = n == 0 ? 0 : rng() % (n + 1);
-            Text key = rng() % 4 == 0 ? Text() : fromUtf8("K" + std::to_string(step));
+            std::size_t at = pick(n + 1);
+            Text key = pick(4) == 0 ? Text() : fromUtf8("K" + std::to_string(step));
             store.insert(at, step, key.empty() ? std::nullopt : std::optional<Text>(key));
-            model.insert(model.begin() + static_cast<std::ptrdiff_t>(at), {step, key});
+            order.insert(order.begin() + static_cast<std::ptrdiff_t>(at), {step, key});
+            if (!key.empty()) keyed[key] = step;
+        }
+        verify(store, step);
+        if (step % phase == phase - 1) {
+            const KeyedStore<int, Capacity> copy = store;
+            verify(copy, step);
         }
     }
-    ASSERT_EQ(store.size(), model.size());
-    for (std::size_t i = 0; i < model.size(); ++i) {
-        ASSERT_EQ(store[i], model[i].first);
-        if (!model[i].second.empty()) {
-            ASSERT_EQ(store.keyIndex(foldCase(model[i].second)), i);  // keys ignore case
-        }
-    }
+}
+
+TEST(KeyedStore, FollowsThePlainModelAcrossBlocks) {
+    followsThePlainModel<8>(200);
+    followsThePlainModel<64>(700);
 }
 
 TEST(KeyedStore, RefusedCallsRaiseTheRuntimeErrorsAndChangeNothing) {

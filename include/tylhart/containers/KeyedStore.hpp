@@ -2,9 +2,17 @@
 // 1-based positions, optional unique keys compared without regard to case.
 #pragma once
 
+#include <algorithm>
+#include <bit>
 #include <cstdint>
+#include <limits>
+#include <memory>
+#include <new>
 #include <optional>
+#include <tuple>
+#include <type_traits>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "tylhart/core/Error.hpp"
@@ -47,15 +55,61 @@ struct CaseInsensitiveEqual {
     bool operator()(const PrefixedKey& a, TextView b) const noexcept { return (*this)(b, a); }
 };
 
-// Position access and key look-up are O(1): elements live in a vector and a
-// hash index maps each key to its position. Inserting or removing in the
-// middle shifts the tail once and renumbers only the shifted keys. An
-// element points at its own index slot (node addresses are stable), so an
-// unkeyed element costs one pointer.
+// Layout: entries live in blocks of at most Capacity entries, in order. A
+// Fenwick tree over the block sizes turns a position into a block and an
+// offset in O(log blocks), inside an array of a few kilobytes that stays in
+// cache, so Item(i) costs about the same at a thousand elements as at a
+// million. Inside a block an entry never moves while it stays there: the
+// block keeps its entries densely in arrival order plus a permutation of
+// 16-bit offsets (order: offset in the block -> slot, rank: slot -> offset),
+// so an insertion or removal shifts one block's 2-byte offsets and touches
+// no other block. A block only ever appended to (most of them: lists and
+// sets are mostly built by appending) knows that its slots are its
+// offsets, and a read skips the permutation. A plain vector shifts the whole tail instead, and a
+// linked list walks for a position; this costs O(Capacity + log n) for
+// both.
+// A key's index node records the block and slot of its entry, so a key
+// finds its element in O(1) and its position in O(log n) (its rank plus the
+// sizes of the blocks before it). A node is rewritten only when its entry
+// changes slot: when a removal fills the hole with the block's last entry,
+// and when blocks split or merge, which a block does at most once per
+// quarter of its capacity of insertions or removals. 512 entries keep a
+// block's offsets within 1 KB, shifted in a few dozen vector instructions,
+// and a million elements within 2,000-odd blocks.
+// A full block splits in halves, except at the end, where appending starts
+// a new block so that stores built by appending stay full. A block below a
+// quarter merges with a neighbour when both fit in half a block, so no two
+// neighbours are both that small and there are at most 8n/Capacity + 1
+// blocks. A small store is one block whose vectors grow as needed (a set of
+// three holds three entries and six offsets), with no tree; an empty store
+// allocates nothing.
 // Errors are the runtime's: a bad position 9, a missing key 5, a duplicate
 // key 457, and every refused call leaves the store unchanged.
-template <class T>
+template <class T, std::size_t Capacity = 512>
 class KeyedStore {
+    static_assert(Capacity >= 8 && Capacity <= 32768, "offsets are 16-bit");
+    struct Block;
+    struct Place {
+        Block* block = nullptr;
+        std::size_t slot = 0;
+    };
+    using Index = std::unordered_map<Text, Place, CaseInsensitiveHash, CaseInsensitiveEqual>;
+    using Node = typename Index::value_type;
+    struct Entry {
+        T value;
+        Node* node = nullptr;  // this element's key and place, when keyed
+    };
+    using Offset = std::uint16_t;
+    struct Block {
+        std::size_t ordinal = 0;    // position among the blocks
+        std::vector<Entry> entries; // slots, in arrival order
+        std::vector<Offset> order;  // offset in the block -> slot
+        std::vector<Offset> rank;   // slot -> offset in the block
+        bool ordered = true;        // every slot is its offset, as appending leaves a block
+        std::size_t size() const noexcept { return entries.size(); }
+        std::size_t slotAt(std::size_t offset) const noexcept { return ordered ? offset : order[offset]; }
+    };
+
 public:
     KeyedStore() = default;
     KeyedStore(const KeyedStore& other) { *this = other; }
@@ -63,19 +117,31 @@ public:
         if (this == &other) return *this;
         clear();
         reserve(other.size());
-        for (const Entry& e : other.entries_)
-            append(e.value, e.slot ? std::optional<Text>(e.slot->first) : std::nullopt);
+        index_.reserve(other.index_.size());
+        other.forEachEntry([&](const Entry& e) {
+            append(e.value, e.node ? std::optional<Text>(e.node->first) : std::nullopt);
+            return true;
+        });
         return *this;
     }
-    KeyedStore(KeyedStore&&) noexcept = default;
-    KeyedStore& operator=(KeyedStore&&) noexcept = default;
+    KeyedStore(KeyedStore&& other) noexcept
+        : blocks_(std::move(other.blocks_)), tree_(std::move(other.tree_)), index_(std::move(other.index_)),
+          size_(std::exchange(other.size_, 0)) {}
+    KeyedStore& operator=(KeyedStore&& other) noexcept {
+        if (this == &other) return *this;
+        blocks_ = std::move(other.blocks_);
+        tree_ = std::move(other.tree_);
+        index_ = std::move(other.index_);
+        size_ = std::exchange(other.size_, 0);
+        return *this;
+    }
 
-    std::size_t size() const noexcept { return entries_.size(); }
-    bool empty() const noexcept { return entries_.empty(); }
+    std::size_t size() const noexcept { return size_; }
+    bool empty() const noexcept { return size_ == 0; }
 
     // 0-based index of 1-based Position, or the subscript error.
     std::size_t positionIndex(std::int64_t position) const {
-        if (position < 1 || static_cast<std::uint64_t>(position) > entries_.size())
+        if (position < 1 || static_cast<std::uint64_t>(position) > size_)
             errors::raise(errors::Runtime::SubscriptOutOfRange);
         return static_cast<std::size_t>(position - 1);
     }
@@ -91,16 +157,31 @@ public:
     std::optional<std::size_t> find(const Key& key) const {
         auto it = index_.find(probe(key));
         if (it == index_.end()) return std::nullopt;
-        return it->second;
+        const Place& at = it->second;
+        return before(at.block->ordinal) + at.block->rank[at.slot];
     }
     template <class Key>
     bool contains(const Key& key) const {
         return index_.find(probe(key)) != index_.end();
     }
+    // The element stored under Key, or null; needs no position.
+    template <class Key>
+    const T* lookup(const Key& key) const {
+        auto it = index_.find(probe(key));
+        if (it == index_.end()) return nullptr;
+        return &it->second.block->entries[it->second.slot].value;
+    }
+    // The element stored under Key, or the missing-key error.
+    template <class Key>
+    const T& atKey(const Key& key) const {
+        const T* found = lookup(key);
+        if (!found) errors::raise(errors::Runtime::InvalidCall);
+        return *found;
+    }
 
-    const T& operator[](std::size_t index) const noexcept { return entries_[index].value; }
-    T& operator[](std::size_t index) noexcept { return entries_[index].value; }
-    const T& at(std::int64_t position) const { return entries_[positionIndex(position)].value; }
+    const T& operator[](std::size_t index) const noexcept { return entryAt(index).value; }
+    T& operator[](std::size_t index) noexcept { return const_cast<Entry&>(entryAt(index)).value; }
+    const T& at(std::int64_t position) const { return (*this)[positionIndex(position)]; }
 
     // A Variant index as the collection of the platform reads it: a text is
     // a key, a number a position.
@@ -114,63 +195,279 @@ public:
 
     // Inserts Value at 0-based Index (size() appends) under an optional key.
     void insert(std::size_t index, T value, std::optional<Text> key = std::nullopt) {
-        Slot* slot = nullptr;
+        Node* node = nullptr;
         if (key) {
-            auto [it, added] = index_.try_emplace(std::move(*key), index);
+            auto [it, added] = index_.try_emplace(std::move(*key));
             if (!added) errors::raise(errors::Runtime::DuplicateKey);
-            slot = &*it;
+            node = &*it;
         }
         try {
-            entries_.insert(entries_.begin() + static_cast<std::ptrdiff_t>(index), Entry{std::move(value), slot});
+            place(index, Entry{std::move(value), node});
         } catch (...) {
-            if (slot) index_.erase(slot->first);
+            if (node) index_.erase(node->first);
             throw;
         }
-        renumberFrom(index + 1);
     }
     void append(T value, std::optional<Text> key = std::nullopt) {
-        insert(entries_.size(), std::move(value), std::move(key));
+        insert(size_, std::move(value), std::move(key));
     }
 
     void erase(std::size_t index) {
-        if (Slot* slot = entries_[index].slot) index_.erase(slot->first);
-        entries_.erase(entries_.begin() + static_cast<std::ptrdiff_t>(index));
-        renumberFrom(index);
+        auto [b, offset] = locate(index);
+        const Block& block = *blocks_[b];
+        if (Node* node = block.entries[block.order[offset]].node) index_.erase(node->first);
+        unlink(b, offset);
+    }
+    // Removes the element stored under Key; false when there is none.
+    template <class Key>
+    bool eraseKey(const Key& key) {
+        auto it = index_.find(probe(key));
+        if (it == index_.end()) return false;
+        const Block& block = *it->second.block;
+        const std::size_t offset = block.rank[it->second.slot];
+        index_.erase(it);
+        unlink(block.ordinal, offset);
+        return true;
     }
 
     void clear() noexcept {
-        entries_.clear();
+        blocks_.clear();
+        tree_.clear();
         index_.clear();
+        size_ = 0;
     }
+    // Room for N elements without reallocating the block list, and the
+    // first block sized for N when it fits in one.
     void reserve(std::size_t n) {
-        entries_.reserve(n);
-        index_.reserve(n);
+        blocks_.reserve(n / Capacity + 1);
+        if (blocks_.empty() && n > 0) {
+            auto first = std::make_unique<Block>();
+            const std::size_t room = std::min(n, Capacity);
+            first->entries.reserve(room);
+            first->order.reserve(room);
+            first->rank.reserve(room);
+            blocks_.push_back(std::move(first));
+        }
     }
 
+    // Calls F on each element in order; an F that returns bool stops the
+    // walk by returning false, and then forEach returns false.
     template <class F>
-    void forEach(F&& f) const {
-        for (const Entry& e : entries_) f(e.value);
+    bool forEach(F&& f) const {
+        return forEachEntry([&](const Entry& e) {
+            if constexpr (std::is_same_v<std::invoke_result_t<F&, const T&>, bool>) return f(e.value);
+            else return f(e.value), true;
+        });
     }
 
 private:
-    using Index = std::unordered_map<Text, std::size_t, CaseInsensitiveHash, CaseInsensitiveEqual>;
-    using Slot = typename Index::value_type;
-    struct Entry {
-        T value;
-        Slot* slot = nullptr;  // this element's key and position, when keyed
-    };
-
     static TextView probe(TextView key) noexcept { return key; }
     static const PrefixedKey& probe(const PrefixedKey& key) noexcept { return key; }
 
-    void renumberFrom(std::size_t first) noexcept {
-        if (index_.empty()) return;
-        for (std::size_t i = first; i < entries_.size(); ++i)
-            if (entries_[i].slot) entries_[i].slot->second = i;
+    template <class F>
+    bool forEachEntry(F&& f) const {
+        for (const auto& block : blocks_)
+            for (Offset slot : block->order)
+                if (!f(block->entries[slot])) return false;
+        return true;
     }
 
-    std::vector<Entry> entries_;
+    // Block and offset of the element at 0-based Index < size(): the last
+    // block whose predecessors hold no more than Index elements.
+    // Without branches: the steps of a random position's descent cannot
+    // be predicted, and the tree's padding past the last block never fits.
+    std::pair<std::size_t, std::size_t> locate(std::size_t index) const noexcept {
+        if (blocks_.size() == 1) return {0, index};
+        const std::size_t* tree = tree_.data();
+        std::size_t b = 0;
+        for (std::size_t step = tree_.size() / 2; step > 0; step >>= 1) {
+            const std::size_t count = tree[b + step - 1];
+            const bool fits = count <= index;
+            b += fits ? step : 0;
+            index -= fits ? count : 0;
+        }
+        return {b, index};
+    }
+    const Entry& entryAt(std::size_t index) const noexcept {
+        auto [b, offset] = locate(index);
+        const Block& block = *blocks_[b];
+        return block.entries[block.slotAt(offset)];
+    }
+    // Elements in the blocks before block B.
+    std::size_t before(std::size_t b) const noexcept {
+        std::size_t sum = 0;
+        if (blocks_.size() > 1)
+            for (; b > 0; b &= b - 1) sum += tree_[b - 1];
+        return sum;
+    }
+    // Block B gained (+1) or lost (-1) an element.
+    void counted(std::size_t b, int delta) noexcept {
+        if (delta > 0) ++size_;
+        else --size_;
+        if (blocks_.size() < 2) return;
+        for (std::size_t i = b + 1; i <= blocks_.size(); i += i & (~i + 1))
+            tree_[i - 1] += static_cast<std::size_t>(static_cast<std::ptrdiff_t>(delta));
+    }
+    // Renumbers the blocks and rebuilds the tree after blocks came or went;
+    // the tree's room is reserved before the blocks change. The tree is
+    // padded to a power of two with counts that no position reaches.
+    void reshaped() noexcept {
+        const std::size_t count = blocks_.size();
+        for (std::size_t i = 0; i < count; ++i) blocks_[i]->ordinal = i;
+        tree_.clear();
+        if (count < 2) return;
+        for (const auto& block : blocks_) tree_.push_back(block->size());
+        tree_.resize(std::bit_ceil(count), std::numeric_limits<std::size_t>::max());
+        for (std::size_t i = 1; i <= count; ++i)
+            if (std::size_t parent = i + (i & (~i + 1)); parent <= count) tree_[parent - 1] += tree_[i - 1];
+    }
+    // Doubles a block vector's room up to a whole block, so that a small
+    // store stays small and a full block never reallocates.
+    template <class V>
+    static void makeRoom(V& v) {
+        if (v.size() == v.capacity()) v.reserve(std::min(Capacity, std::max<std::size_t>(4, 2 * v.capacity())));
+    }
+
+    void place(std::size_t index, Entry&& entry) {
+        std::size_t b = 0, offset = 0;
+        if (index == size_) {
+            if (blocks_.empty() || blocks_.back()->size() == Capacity) addBlock(blocks_.size(), 0);
+            b = blocks_.size() - 1;
+            offset = blocks_[b]->size();
+        } else {
+            std::tie(b, offset) = locate(index);
+            if (const std::size_t half = Capacity / 2; blocks_[b]->size() == Capacity) {
+                split(b);
+                if (offset >= half) ++b, offset -= half;
+            }
+        }
+        // Only room is made before this point; from here nothing throws.
+        Block& block = *blocks_[b];
+        makeRoom(block.entries);
+        makeRoom(block.order);
+        makeRoom(block.rank);
+        const auto slot = static_cast<Offset>(block.size());
+        block.ordered = block.ordered && offset == slot;
+        shiftRanks(block.rank, offset, 1);
+        block.rank.push_back(static_cast<Offset>(offset));
+        block.order.insert(block.order.begin() + static_cast<std::ptrdiff_t>(offset), slot);
+        if (entry.node) entry.node->second = Place{&block, slot};
+        block.entries.push_back(std::move(entry));
+        counted(b, +1);
+    }
+
+    // Removes the entry at Offset of block B, whose key is already gone.
+    void unlink(std::size_t b, std::size_t offset) noexcept {
+        Block& block = *blocks_[b];
+        const std::size_t slot = block.order[offset];
+        block.ordered = block.ordered && offset + 1 == block.size();
+        [[maybe_unused]] T removed = std::move(block.entries[slot].value);  // released once the store is whole again
+        block.order.erase(block.order.begin() + static_cast<std::ptrdiff_t>(offset));
+        shiftRanks(block.rank, offset + 1, static_cast<Offset>(-1));
+        if (const std::size_t last = block.size() - 1; slot != last) relocate(block, last, slot);
+        block.entries.pop_back();
+        block.rank.pop_back();
+        counted(b, -1);
+        if (blocks_.size() > 1) rebalance(b);
+    }
+    // Adds Delta to every offset from From on; nothing to do when From is
+    // past the last. Sixteen at a time, so that the compiler turns the inner
+    // loop into vector instructions: this runs on every insertion and
+    // removal, and is what a block's size costs.
+    static void shiftRanks(std::vector<Offset>& rank, std::size_t from, Offset delta) noexcept {
+        if (from >= rank.size()) return;
+        Offset* r = rank.data();
+        const auto first = static_cast<Offset>(from);
+        std::size_t i = 0;
+        for (; i + 16 <= rank.size(); i += 16)
+            for (std::size_t j = 0; j < 16; ++j) r[i + j] = static_cast<Offset>(r[i + j] + (r[i + j] >= first ? delta : 0));
+        for (; i < rank.size(); ++i) r[i] = static_cast<Offset>(r[i] + (r[i] >= first ? delta : 0));
+    }
+    // Moves the entry in slot From of a block into its free slot To.
+    static void relocate(Block& block, std::size_t from, std::size_t to) noexcept {
+        Entry& moved = block.entries[to] = std::move(block.entries[from]);
+        block.rank[to] = block.rank[from];
+        block.order[block.rank[to]] = static_cast<Offset>(to);
+        if (moved.node) moved.node->second.slot = to;
+    }
+
+    // A new empty block at position B with room for Room entries.
+    Block& addBlock(std::size_t b, std::size_t room) {
+        auto block = std::make_unique<Block>();
+        block->entries.reserve(room);
+        block->order.reserve(room);
+        block->rank.reserve(room);
+        if (!blocks_.empty()) tree_.reserve(std::bit_ceil(blocks_.size() + 1));
+        Block& added = *block;
+        blocks_.insert(blocks_.begin() + static_cast<std::ptrdiff_t>(b), std::move(block));
+        reshaped();
+        return added;
+    }
+    // Moves the second half of full block B into a new block after it.
+    void split(std::size_t b) {
+        const std::size_t half = blocks_[b]->size() / 2;
+        Block& into = addBlock(b + 1, blocks_[b]->size() - half);
+        Block& from = *blocks_[b];
+        for (std::size_t k = half; k < from.size(); ++k) {
+            Entry& e = from.entries[from.order[k]];
+            if (e.node) e.node->second = Place{&into, k - half};
+            into.entries.push_back(std::move(e));
+            into.order.push_back(static_cast<Offset>(k - half));
+            into.rank.push_back(static_cast<Offset>(k - half));
+        }
+        // Fill the slots left below Half with the staying entries above it.
+        std::size_t hole = 0;
+        for (std::size_t s = half; s < from.size(); ++s) {
+            if (from.rank[s] >= half) continue;
+            while (from.rank[hole] < half) ++hole;
+            relocate(from, s, hole++);
+        }
+        from.entries.erase(from.entries.begin() + static_cast<std::ptrdiff_t>(half), from.entries.end());
+        from.order.resize(half);
+        from.rank.resize(half);
+        reshaped();
+    }
+    // After block B lost an element: drop it when empty, merge it with a
+    // neighbour when both are small.
+    void rebalance(std::size_t b) noexcept {
+        const std::size_t n = blocks_[b]->size();
+        if (n == 0) {
+            blocks_.erase(blocks_.begin() + static_cast<std::ptrdiff_t>(b));
+            reshaped();
+        } else if (n < Capacity / 4) {
+            if (b + 1 < blocks_.size() && n + blocks_[b + 1]->size() <= Capacity / 2) merge(b);
+            else if (b > 0 && n + blocks_[b - 1]->size() <= Capacity / 2) merge(b - 1);
+        }
+    }
+    // Appends block B + 1 to block B. Without memory for it the blocks
+    // simply stay apart.
+    void merge(std::size_t b) noexcept {
+        Block& into = *blocks_[b];
+        Block& from = *blocks_[b + 1];
+        const std::size_t base = into.size(), total = base + from.size();
+        try {
+            into.entries.reserve(total);
+            into.order.reserve(total);
+            into.rank.reserve(total);
+        } catch (const std::bad_alloc&) {
+            return;
+        }
+        for (std::size_t s = 0; s < from.size(); ++s) {
+            Entry& e = from.entries[s];
+            if (e.node) e.node->second = Place{&into, base + s};
+            into.entries.push_back(std::move(e));
+            into.rank.push_back(static_cast<Offset>(base + from.rank[s]));
+        }
+        for (Offset slot : from.order) into.order.push_back(static_cast<Offset>(base + slot));
+        into.ordered = into.ordered && from.ordered;
+        blocks_.erase(blocks_.begin() + static_cast<std::ptrdiff_t>(b + 1));
+        reshaped();
+    }
+
+    std::vector<std::unique_ptr<Block>> blocks_;
+    std::vector<std::size_t> tree_;  // Fenwick tree of block sizes, when there are two or more blocks
     Index index_;
+    std::size_t size_ = 0;
 };
 
 }  // namespace tylhart

@@ -29,20 +29,19 @@ public:
     // the set stays as it was.
     void Add(const Element& newElement) {
         self().check(newElement);
-        Text key = KeyPrefix + Derived::keyText(newElement);
+        Text key = keyOf(newElement);
         if (store_.contains(TextView(key))) errors::raise(errors::Runtime::DuplicateKey);
-        store_.append(newElement, std::move(key));
-        self().accepted(newElement);
+        addUnder(newElement, std::move(key));
     }
 
     // Replaces an element with the same key and moves it to the end. The
-    // new element is checked before the stored one goes, so a refused
-    // element leaves the set as it was.
+    // new element is checked and its key computed before the stored one
+    // goes, so a refused element leaves the set as it was.
     void Insert(const Element& newElement) {
         self().check(newElement);
-        (void)Derived::keyText(newElement);
-        Remove(newElement);
-        Add(newElement);
+        Text key = keyOf(newElement);
+        store_.eraseKey(TextView(key));
+        addUnder(newElement, std::move(key));
     }
 
     // Copy of this set with every element of NewSet inserted; the result
@@ -61,7 +60,7 @@ public:
     void Remove(const Element& element) {
         try {
             const auto& property = Derived::keyText(element);
-            if (auto i = store_.find(PrefixedKey{KeyPrefix, property})) store_.erase(*i);
+            store_.eraseKey(PrefixedKey{KeyPrefix, property});
         } catch (const Error&) {
         }
     }
@@ -104,14 +103,13 @@ public:
     }
 
     // Same header, same Count, and every key of ToCompare present here:
-    // order and everything but the keys are ignored.
+    // order and everything but the keys are ignored. A copy of an element
+    // has its key, so the key is read from the stored element itself.
     bool Compare(const Ref<Derived>& toCompare) const {
         if (!toCompare) errors::raise(errors::Runtime::ObjectNotSet);
         if (!self().headerEquals(*toCompare)) return false;
         if (store_.size() != toCompare->store_.size()) return false;
-        for (std::size_t i = 0; i < toCompare->store_.size(); ++i)
-            if (!IsInSet(ElementOps<Element>::copy(toCompare->store_[i]))) return false;
-        return true;
+        return toCompare->store_.forEach([&](const Element& e) { return IsInSet(e); });
     }
 
     Variant ToString(std::int16_t infoLevel = 1) const {
@@ -126,11 +124,10 @@ public:
     // The element stored under the key made from a key property's text, as
     // a copy; the missing-key error when absent.
     Element findByKeyText(TextView keyText) const {
-        return ElementOps<Element>::copy(store_[store_.keyIndex(PrefixedKey{KeyPrefix, keyText})]);
+        return ElementOps<Element>::copy(store_.atKey(PrefixedKey{KeyPrefix, keyText}));
     }
-    std::optional<std::size_t> findKeyText(TextView keyText) const {
-        return store_.find(PrefixedKey{KeyPrefix, keyText});
-    }
+    // The stored element under that key, or null.
+    const Element* findKeyText(TextView keyText) const { return store_.lookup(PrefixedKey{KeyPrefix, keyText}); }
 
     static ClassInfo describe() {
         ClassBuilder<Derived> b(Derived::TypeName);
@@ -164,6 +161,14 @@ protected:
     // Keys are "I" + the key property's text; a member set's Item takes
     // such a key, so the prefix is visible to callers.
     static constexpr char16_t KeyPrefix = u'I';
+
+private:
+    static Text keyOf(const Element& element) { return KeyPrefix + Derived::keyText(element); }
+    // Stores an element whose key is known to be absent.
+    void addUnder(const Element& newElement, Text key) {
+        store_.append(newElement, std::move(key));
+        self().accepted(newElement);
+    }
 };
 
 }  // namespace tylhart
