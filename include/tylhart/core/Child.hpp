@@ -9,10 +9,13 @@
 // without making it.
 #pragma once
 
+#include <array>
+#include <optional>
 #include <utility>
 
 #include "tylhart/core/Error.hpp"
 #include "tylhart/core/Object.hpp"
+#include "tylhart/core/Variant.hpp"
 
 namespace tylhart {
 
@@ -86,14 +89,20 @@ public:
         return object_->Compare(other.ref());
     }
     // The child's rendering; one not yet made renders as a fresh T without
-    // being kept.
-    auto render(std::int16_t infoLevel) const {
+    // being kept. A fresh T renders the same every time, so its text is
+    // made once per level and thread.
+    Variant render(std::int16_t infoLevel) const {
         static_assert(StandsInFresh);
         if (made_) {
             if (!object_) errors::raise(errors::Runtime::ObjectNotSet);
             return object_->ToString(infoLevel);
         }
-        return make<T>()->ToString(infoLevel);
+        thread_local std::array<std::optional<Variant>, 16> fresh;
+        if (infoLevel < 0 || static_cast<std::size_t>(infoLevel) >= fresh.size())
+            return make<T>()->ToString(infoLevel);
+        std::optional<Variant>& text = fresh[static_cast<std::size_t>(infoLevel)];
+        if (!text) text = make<T>()->ToString(infoLevel);
+        return *text;
     }
 
 private:
