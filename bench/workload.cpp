@@ -168,7 +168,8 @@ struct Library {
     }
     std::size_t find() const {
         std::size_t found = 0;
-        for (int i = 0; i < Lookups; ++i) found += objects->FindItem(probes[static_cast<std::size_t>(i) % 1000]) ? 1 : 0;
+        for (int i = 0; i < Lookups; ++i)
+            found += objects->FindItem(probes[static_cast<std::size_t>(i) % 1000]) ? 1 : 0;
         return found;
     }
     std::size_t copy() {
@@ -378,7 +379,8 @@ struct Plain {
                     field(out, u", Value:", decimal(e.value));
                     out += u"}";
                 }
-                for (const auto& list : v.actions) field(out, u", Actions{Count:", decimal(static_cast<std::int32_t>(list.size())));
+                for (const auto& list : v.actions)
+                    field(out, u", Actions{Count:", decimal(static_cast<std::int32_t>(list.size())));
             } else if (const auto* command = std::get_if<PlainCommand>(&o)) {
                 const PlainCommand& c = *command;
                 field(out, u"Command{Definition{Name:", c.name);
