@@ -331,7 +331,10 @@ private:
     void place(std::size_t index, Entry&& entry) {
         std::size_t b = 0, offset = 0;
         if (index == size_) {
-            if (blocks_.empty() || blocks_.back()->size() == Capacity) addBlock(blocks_.size(), 0);
+            if (blocks_.empty() || blocks_.back()->size() == Capacity) {
+                insertBlock(blocks_.size(), 0);
+                reshaped();
+            }
             b = blocks_.size() - 1;
             offset = blocks_[b]->size();
         } else {
@@ -391,8 +394,10 @@ private:
         if (moved.node) moved.node->second.slot = to;
     }
 
-    // A new empty block at position B with room for Room entries.
-    Block& addBlock(std::size_t b, std::size_t room) {
+    // A new empty block at position B with room for Room entries. The
+    // caller renumbers the blocks (reshaped) once they are whole again, so
+    // a split rebuilds the tree once.
+    Block& insertBlock(std::size_t b, std::size_t room) {
         auto block = std::make_unique<Block>();
         block->entries.reserve(room);
         block->order.reserve(room);
@@ -400,13 +405,12 @@ private:
         if (!blocks_.empty()) tree_.reserve(std::bit_ceil(blocks_.size() + 1));
         Block& added = *block;
         blocks_.insert(blocks_.begin() + static_cast<std::ptrdiff_t>(b), std::move(block));
-        reshaped();
         return added;
     }
     // Moves the second half of full block B into a new block after it.
     void split(std::size_t b) {
         const std::size_t half = blocks_[b]->size() / 2;
-        Block& into = addBlock(b + 1, blocks_[b]->size() - half);
+        Block& into = insertBlock(b + 1, blocks_[b]->size() - half);
         Block& from = *blocks_[b];
         for (std::size_t k = half; k < from.size(); ++k) {
             Entry& e = from.entries[from.order[k]];
