@@ -6,6 +6,7 @@ namespace tylhart {
 
 namespace {
 thread_local int depth = 0;
+thread_local std::int64_t visits = 0;  // since the outermost guard opened
 }  // namespace
 
 void checkElements(std::int64_t count) {
@@ -13,8 +14,10 @@ void checkElements(std::int64_t count) {
 }
 
 DepthGuard::DepthGuard() {
-    if (depth >= MaxDepth) errors::raise(errors::Runtime::OutOfStackSpace);
+    if (depth == 0) visits = 0;
+    if (depth >= MaxDepth || visits >= MaxVisits) errors::raise(errors::Runtime::OutOfStackSpace);
     ++depth;
+    ++visits;
 }
 
 DepthGuard::~DepthGuard() { --depth; }

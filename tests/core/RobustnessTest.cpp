@@ -152,28 +152,51 @@ TEST(Robustness, TypeHoldingItselfAsABoundIsFreedWhenTheBoundsAreRebuilt) {
     EXPECT_EQ(Object::liveObjects(), before);
 }
 
-// A menu whose one item holds the menu itself: every deep operation meets
-// the nesting limit instead of the end of the stack, and changes nothing.
-TEST(Robustness, NestingBeyondTheDepthLimitIsOutOfStackSpace) {
+// Menus whose items hold other menus. A menu holding itself meets the depth
+// limit; one holding itself twice, or a long chain of menus each holding the
+// previous one twice, would walk 2^n paths and meets the visit limit
+// instead. Every deep operation fails, quickly, and changes nothing.
+Ref<CMenu> menuHolding(const std::vector<Ref<CMenu>>& held) {
     auto menu = make<CMenu>();
     menu->SetDefinition(makeDefinition(u"m", ddoKMenuDef));
-    auto handle = make<CObject>();
-    handle->SetUntypedObject(menu);
-    auto item = make<CMenuItem>();
-    item->SetObj(handle);
-    menu->Items->Add(item);
-    auto target = make<CMenu>();
-    const std::string targetBefore = rendering(target);
-    const std::function<void()> calls[] = {
-        [&] { menu->Compare(menu); },
-        [&] { menu->GetCopy(); },
-        [&] { menu->ToString(INT16_MAX); },
-        [&] { target->SetFromObject(menu); },
+    for (const auto& h : held) {
+        auto handle = make<CObject>();
+        handle->SetUntypedObject(h ? h : menu);  // Nothing: the menu itself
+        auto item = make<CMenuItem>();
+        item->SetObj(handle);
+        menu->Items->Add(item);
+    }
+    return menu;
+}
+
+TEST(Robustness, GraphsTooDeepOrTooWideToWalkAreRefused) {
+    struct Graph {
+        const char* what;
+        Ref<CMenu> menu;
+        ErrorRecord renderError;  // a wide rendering meets the text limit first
     };
-    for (const auto& c : calls) EXPECT_EQ(raised(c), OutOfStack);
-    EXPECT_EQ(rendering(target), targetBefore);
-    EXPECT_EQ(text(menu->ToString(3)).substr(0, 5), "MENU{");  // shallow renderings still work
-    menu->Items->Remove(Variant(std::int32_t{1}));  // breaks the cycle
+    Ref<CMenu> chain = menuHolding({});
+    for (int link = 0; link < 40; ++link) chain = menuHolding({chain, chain});
+    const Graph graphs[] = {
+        {"itself once", menuHolding({nullptr}), OutOfStack},
+        {"itself twice", menuHolding({nullptr, nullptr}), OutOfStack},
+        {"a chain of 40 doubled links", chain, OutOfMemory},
+    };
+    for (const auto& g : graphs) {
+        SCOPED_TRACE(g.what);
+        auto target = make<CMenu>();
+        const std::string targetBefore = rendering(target);
+        const auto started = std::chrono::steady_clock::now();
+        EXPECT_EQ(raised([&] { g.menu->Compare(g.menu->GetCopy()); }), OutOfStack);
+        EXPECT_EQ(raised([&] { g.menu->Compare(g.menu); }), OutOfStack);
+        EXPECT_EQ(raised([&] { target->SetFromObject(g.menu); }), OutOfStack);
+        EXPECT_EQ(raised([&] { g.menu->ToString(INT16_MAX); }), g.renderError);
+        EXPECT_LT(std::chrono::steady_clock::now() - started, std::chrono::seconds(60));
+        EXPECT_EQ(rendering(target), targetBefore);
+        EXPECT_EQ(text(g.menu->ToString(3)).substr(0, 5), "MENU{");  // shallow renderings still work
+    }
+    for (const auto& g : graphs)  // breaks the cycles
+        while (g.menu->Items->Count() > 0) g.menu->Items->Remove(Variant(std::int32_t{1}));
 }
 
 TEST(Robustness, RefusedInsertKeepsTheStoredElement) {

@@ -31,18 +31,22 @@ public:
 protected:
     // Label and count; above level 1 ", Items: {", each element one level
     // down, "}"; then "}". A failing element rendering is skipped and the
-    // rest still print; only nesting too deep fails the whole rendering,
-    // since a cut-off text would pass for a complete one.
+    // rest still print; only a graph too deep or a text too long fails the
+    // whole rendering, since a cut-off text would pass for a complete one.
     Text render(std::int16_t infoLevel) const {
         Text out = Text(Derived::Label) + decimal(Count());
         if (infoLevel > 1) {
+            DepthGuard whole;  // one visit budget for all the elements
             out += u", Items: {";
             store_.forEach([&](const Element& e) {
                 try {
                     out += ElementOps<Element>::renderItem(e, static_cast<std::int16_t>(infoLevel - 1));
                 } catch (const Error& e) {
-                    if (e.number() == errors::numberOf(errors::Runtime::OutOfStackSpace)) throw;
+                    if (e.number() == errors::numberOf(errors::Runtime::OutOfStackSpace) ||
+                        e.number() == errors::numberOf(errors::Runtime::OutOfMemory))
+                        throw;
                 }
+                checkElements(static_cast<std::int64_t>(out.size()));
             });
             out += u"}";
         }

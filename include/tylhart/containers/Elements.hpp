@@ -8,10 +8,14 @@
 namespace tylhart {
 
 // Text of a rendering part as string concatenation sees it: Empty and Null
-// add nothing.
+// add nothing. A part longer than MaxElements characters is "Out of
+// memory": renderings of shared graphs grow with every path, and the texts
+// of the levels above would each copy it again.
 inline Text concatText(const Variant& v) {
     if (v.isEmpty() || v.isNull()) return Text();
-    return v.toText();
+    Text text = v.toText();
+    checkElements(static_cast<std::int64_t>(text.size()));
+    return text;
 }
 
 // The level a child renders at: one less than its owner's, so each level

@@ -9,6 +9,15 @@
 // go through (1000). Deeper graphs, and graphs that hold themselves, fail
 // with the runtime's "Out of stack space" (28) instead of exhausting the
 // stack.
+//
+// MaxVisits: the most nested objects one call may go through in all (4 M).
+// A graph that shares an object walks it once per path, so a chain of
+// objects each holding the next one twice doubles the work per link, and a
+// graph holding itself twice would run for ever within MaxDepth. Such a
+// call also fails with "Out of stack space", as a graph too large to walk.
+// Real objects stay far below it: a copy, comparison or rendering of any
+// one variable, command or menu of a device description takes at most
+// about 100 visits, so a list of 40,000 of them still copies whole.
 #pragma once
 
 #include <cstddef>
@@ -18,13 +27,15 @@ namespace tylhart {
 
 inline constexpr std::size_t MaxElements = std::size_t{16} * 1024 * 1024;
 inline constexpr int MaxDepth = 1000;
+inline constexpr std::int64_t MaxVisits = std::int64_t{4} * 1024 * 1024;
 
 // Raises "Out of memory" when count is above MaxElements.
 void checkElements(std::int64_t count);
 
-// One level of recursion for as long as it lives; the level past MaxDepth
-// raises "Out of stack space". The counter is per thread, since objects of
-// one apartment are called from one thread.
+// One level of recursion for as long as it lives; the level past MaxDepth,
+// or the visit past MaxVisits since the outermost guard, raises "Out of
+// stack space". The counters are per thread, since objects of one apartment
+// are called from one thread.
 class DepthGuard {
 public:
     DepthGuard();
