@@ -3,41 +3,8 @@
 #include <string>
 
 #include "tylhart/containers/Elements.hpp"
-#include "tylhart/external/CFlagArray.hpp"
 
 namespace tylhart {
-
-namespace detail {
-
-namespace {
-constexpr DispId FlagId = CFlagArray::FlagId;
-constexpr DispId FlagTextId = CFlagArray::FlagTextId;
-constexpr DispId FlagCountId = CFlagArray::FlagCountId;
-}  // namespace
-
-FlagArrayLink::FlagArrayLink(std::int32_t count) : array_(make<CFlagArray>()) {
-    Variant args[] = {Variant(count)};
-    invoke(*array_, FlagCountId, Access::Let, args);
-}
-
-bool FlagArrayLink::flag(std::int32_t index) const {
-    Variant args[] = {Variant(index)};
-    return invoke(*array_, FlagId, Access::Get, args).toBoolean();
-}
-
-void FlagArrayLink::setFlag(std::int32_t index, bool value) {
-    Variant args[] = {Variant(index), Variant(std::int32_t{value ? -1 : 0})};
-    invoke(*array_, FlagId, Access::Let, args);
-}
-
-Text FlagArrayLink::text() const { return invoke(*array_, FlagTextId, Access::Get).toText(); }
-
-void FlagArrayLink::setText(const Text& text) {
-    Variant args[] = {Variant(text)};
-    invoke(*array_, FlagTextId, Access::Let, args);
-}
-
-}  // namespace detail
 
 namespace {
 

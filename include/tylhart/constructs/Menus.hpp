@@ -11,8 +11,8 @@
 namespace tylhart {
 
 // One item of a menu. Its qualification flags (display value; read-only,
-// also called review) live in a two-flag array that the item owns and
-// reaches late bound, as the flag classes do.
+// also called review) live in a two-flag array that the item owns, as the
+// flag classes do.
 class CMenuItem final : public HandleItem<CMenuItem> {
     TYLHART_CLASS(CMenuItem)
 public:

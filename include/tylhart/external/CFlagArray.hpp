@@ -1,6 +1,6 @@
 // CFlagArray: this library's own fixed-length array of Boolean flags, the
-// store behind the class and status flags. Its users reach it only late
-// bound, by the identifiers below, so those identifiers are its interface.
+// store behind the class and status flags. Late-bound callers reach it by
+// the identifiers below, so those identifiers are its interface.
 #pragma once
 
 #include "tylhart/core/Dispatch.hpp"

@@ -1,11 +1,12 @@
 // The flag classes: CVariableClass, CMethodClass, CStatusClass and
 // COutputStatusClass. Each keeps a set of Boolean flags, indexed by the
-// values of one enumeration, in a flag array that it creates, owns and
-// reaches only late bound by the array's identifiers (0 the flag, 102 the
-// flag text, 103 the flag count).
+// values of one enumeration, in a flag array that it creates and owns, and
+// hands out itself: whatever a caller does to the array (a resize, say) is
+// the owner's, and the array's own errors reach the owner's callers.
 #pragma once
 
 #include "tylhart/core/Dispatch.hpp"
+#include "tylhart/external/CFlagArray.hpp"
 
 namespace tylhart {
 
@@ -18,17 +19,16 @@ namespace detail {
 // caller unchanged.
 class FlagArrayLink {
 public:
-    explicit FlagArrayLink(std::int32_t count);
+    explicit FlagArrayLink(std::int32_t count) : array_(make<CFlagArray>()) { array_->SetFlagCount(count); }
 
-    const Ref<Object>& object() const noexcept { return array_; }
-    bool flag(std::int32_t index) const;
-    // Written as a Long: -1 for True, 0 for False.
-    void setFlag(std::int32_t index, bool value);
-    Text text() const;
-    void setText(const Text& text);
+    Ref<Object> object() const noexcept { return array_; }
+    bool flag(std::int32_t index) const { return array_->Flag(index); }
+    void setFlag(std::int32_t index, bool value) { array_->SetFlag(index, value); }
+    Text text() const { return array_->FlagText(); }
+    void setText(const Text& text) { array_->SetFlagText(text); }
 
 private:
-    Ref<Object> array_;
+    Ref<CFlagArray> array_;
 };
 
 }  // namespace detail
@@ -51,7 +51,7 @@ protected:
     FlagClass() : flags_(Count) {}
 
     // The array itself, not a copy: changes made through it are the owner's.
-    const Ref<Object>& flagArray() const noexcept { return flags_.object(); }
+    Ref<Object> flagArray() const noexcept { return flags_.object(); }
     bool flag(Index index) const { return flags_.flag(index); }
     void setFlag(Index index, bool value) { flags_.setFlag(index, value); }
     Text flagText() const { return flags_.text(); }
