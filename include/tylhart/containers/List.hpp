@@ -36,7 +36,6 @@ public:
     // class's full comparison; -1 when none. Start below 1 fails at the
     // first look-up, as a walk by position does.
     std::int32_t FindFirst(const Element& obj, std::int32_t start = 1) const {
-        DepthGuard whole;  // one visit budget for all the comparisons
         for (std::int64_t i = start; i <= this->Count(); ++i)
             if (ElementOps<Element>::equal(obj, store_.at(i))) return static_cast<std::int32_t>(i);
         return -1;
@@ -48,7 +47,6 @@ public:
     // the elements added so far, and the earlier content is gone.
     void SetFromObject(const Ref<Derived>& toCopy) {
         if (!toCopy) errors::raise(errors::Runtime::ObjectNotSet);
-        DepthGuard whole;  // one visit budget for all the element copies
         std::vector<Element> copies;
         copies.reserve(toCopy->store_.size());
         toCopy->store_.forEach([&](const Element& e) { copies.push_back(ElementOps<Element>::copy(e)); });
@@ -62,7 +60,6 @@ public:
         if (!toCompare) errors::raise(errors::Runtime::ObjectNotSet);
         if (!self().headerEquals(*toCompare)) return false;
         if (store_.size() != toCompare->store_.size()) return false;
-        DepthGuard whole;  // one visit budget for all the element comparisons
         for (std::size_t i = 0; i < store_.size(); ++i)
             if (!ElementOps<Element>::equal(store_[i], toCompare->store_[i])) return false;
         return true;

@@ -10,14 +10,14 @@
 // with the runtime's "Out of stack space" (28) instead of exhausting the
 // stack.
 //
-// MaxVisits: the most nested objects one call may go through in all (4 M).
-// A graph that shares an object walks it once per path, so a chain of
-// objects each holding the next one twice doubles the work per link, and a
-// graph holding itself twice would run for ever within MaxDepth. Such a
-// call also fails with "Out of stack space", as a graph too large to walk.
-// Real objects stay far below it: a copy, comparison or rendering of any
-// one variable, command or menu of a device description takes at most
-// about 100 visits, so a list of 40,000 of them still copies whole.
+// MaxVisits: the most nested objects one walk may go through in all (4 M),
+// counted from the outermost guard, so each element of a container and each
+// child of an object a caller copies, compares or renders gets its own
+// count. A graph that shares an object walks it once per path, so a chain
+// of objects each holding the next one twice doubles the work per link;
+// past the count the call fails with "Out of stack space" too, as a graph
+// too large to walk. Real objects stay far below it: a variable, command or
+// menu of a device description takes at most about 100 visits.
 #pragma once
 
 #include <cstddef>
