@@ -4,29 +4,35 @@
 
 namespace tylhart {
 
-void CFlagArray::SetFlagCount(std::int32_t count) {
+void CFlagArray::resize(Text& flags, std::int32_t count) {
     if (count < 0) errors::raise(errors::Runtime::InvalidCall);
     checkElements(count);
-    flags_.resize(static_cast<std::size_t>(count), u'0');
+    flags.resize(static_cast<std::size_t>(count), u'0');
 }
 
-std::size_t CFlagArray::checkedIndex(std::int32_t index) const {
-    if (index < 0 || index >= FlagCount()) errors::raise(errors::Runtime::SubscriptOutOfRange);
+std::size_t CFlagArray::checkedIndex(const Text& flags, std::int32_t index) {
+    if (index < 0 || static_cast<std::size_t>(index) >= flags.size()) errors::raise(errors::Runtime::SubscriptOutOfRange);
     return static_cast<std::size_t>(index);
 }
 
-bool CFlagArray::Flag(std::int32_t index) const { return flags_[checkedIndex(index)] == u'1'; }
+bool CFlagArray::flag(const Text& flags, std::int32_t index) { return flags[checkedIndex(flags, index)] == u'1'; }
 
-void CFlagArray::SetFlag(std::int32_t index, bool value) { flags_[checkedIndex(index)] = value ? u'1' : u'0'; }
+void CFlagArray::setFlag(Text& flags, std::int32_t index, bool value) {
+    flags[checkedIndex(flags, index)] = value ? u'1' : u'0';
+}
 
-Text CFlagArray::FlagText() const { return flags_; }
-
-void CFlagArray::SetFlagText(const Text& text) {
-    if (text.size() != flags_.size()) errors::raise(errors::Runtime::InvalidCall);
+void CFlagArray::assign(Text& flags, const Text& text) {
+    if (text.size() != flags.size()) errors::raise(errors::Runtime::InvalidCall);
     for (char16_t c : text)
         if (c != u'0' && c != u'1') errors::raise(errors::Runtime::TypeMismatch);
-    flags_ = text;
+    flags = text;
 }
+
+void CFlagArray::SetFlagCount(std::int32_t count) { resize(flags_, count); }
+bool CFlagArray::Flag(std::int32_t index) const { return flag(flags_, index); }
+void CFlagArray::SetFlag(std::int32_t index, bool value) { setFlag(flags_, index, value); }
+Text CFlagArray::FlagText() const { return flags_; }
+void CFlagArray::SetFlagText(const Text& text) { assign(flags_, text); }
 
 const ClassInfo& CFlagArray::staticClassInfo() {
     static const ClassInfo info =

@@ -213,7 +213,7 @@ Variant CVariable::ToString(std::int16_t infoLevel) const {
         out += u", LastSetTime:" + Variant(LastSetTime).toText();
         out += u", ReadTimeout:" + decimal(ReadTimeout);
         out += u", WriteTimeout:" + decimal(WriteTimeout);
-        if (handling_.object()) out += u", m_Handling:" + handling_.text();
+        out += u", m_Handling:" + handling_.text();
         if (relations_) {
             // Printed twice: readers of this text expect both copies.
             const Text relations = u", m_Relations:" + concatText(relations_.render(lower(infoLevel, 2)));

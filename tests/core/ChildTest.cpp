@@ -1,9 +1,10 @@
-// Container children made on first use: no caller may tell them from
-// children made in the constructor.
+// Children and flag arrays made on first use: no caller may tell them from
+// ones made in the constructor.
 #include <gtest/gtest.h>
 
 #include "TestSupport.hpp"
 #include "tylhart/commands/CCommand.hpp"
+#include "tylhart/external/CFlagArray.hpp"
 #include "tylhart/variables/CVariable.hpp"
 
 using namespace tylhart;
@@ -22,9 +23,9 @@ Ref<CVariable> variable() {
 TEST(Child, UntouchedChildrenCostNothingAndReadAsOneObject) {
     const std::size_t before = Object::liveObjects();
     auto v = make<CVariable>();
-    // The variable and its handling flags; its definition, class, type and
-    // eleven container children wait for their first use.
-    EXPECT_LE(Object::liveObjects() - before, 2u);
+    // The variable alone; its handling flag array, definition, class, type
+    // and eleven container children wait for their first use.
+    EXPECT_EQ(Object::liveObjects() - before, 1u);
 
     // Every read, typed or late-bound, hands out the one same list.
     const auto first = v->PreReadActions.get();
@@ -56,4 +57,29 @@ TEST(Child, CopiesComparisonsAndRenderingsAsIfMade) {
     setObject(command, u"Transactions", Ref<Object>());
     EXPECT_FALSE(get(command, u"Transactions").toObject());
     EXPECT_EQ(raised([&] { command->GetCopy(); }), NotSet);
+}
+
+// A flag array asked for late holds the flags set before, is the same object
+// on every read, and from then on shares every change with its owner both
+// ways; a copy's array is its own whether or not the source's was made.
+TEST(Child, FlagArrayMadeOnFirstUseCarriesTheFlags) {
+    auto v = variable();
+    v->SetHandling(ddvhTRead, false);
+    auto copyBefore = v->GetCopy();
+    const Ref<Object> array = v->GetHandlingObj();
+    EXPECT_EQ(v->GetHandlingObj().get(), array.get());
+    EXPECT_EQ(text(get(array, CFlagArray::FlagTextId)), "10");
+    let(array, CFlagArray::FlagId, std::int32_t{ddvhTRead}, true);
+    EXPECT_TRUE(v->Handling(ddvhTRead));
+    v->SetHandling(ddvhTWrite, false);
+    EXPECT_EQ(text(get(array, CFlagArray::FlagTextId)), "01");
+    let(array, CFlagArray::FlagCountId, std::int32_t{1});  // a resize is the owner's too
+    EXPECT_EQ(raised([&] { v->Handling(ddvhTRead); }), Subscript);
+
+    auto copyAfter = copyBefore->GetCopy();
+    (void)copyAfter->GetHandlingObj();
+    copyAfter->SetHandling(ddvhTWrite, false);
+    EXPECT_TRUE(copyBefore->Handling(ddvhTWrite));
+    EXPECT_FALSE(copyBefore->Handling(ddvhTRead));
+    EXPECT_NE(copyBefore->GetHandlingObj().get(), copyAfter->GetHandlingObj().get());
 }

@@ -7,12 +7,19 @@
 
 namespace tylhart {
 
+namespace detail {
+class FlagArrayLink;
+}
+
 class CFlagArray final : public Object {
     TYLHART_CLASS(CFlagArray)
 public:
     static constexpr DispId FlagId = DispIdValue;  // the default member
     static constexpr DispId FlagTextId = 102;
     static constexpr DispId FlagCountId = 103;
+
+    CFlagArray() = default;
+    explicit CFlagArray(Text flags) noexcept : flags_(std::move(flags)) {}
 
     // A new array holds no flags; every flag a resize adds starts clear.
     std::int32_t FlagCount() const noexcept { return static_cast<std::int32_t>(flags_.size()); }
@@ -37,8 +44,17 @@ public:
     // changes.
     void SetFlagText(const Text& text);
 
+    // The same rules over a flags text held elsewhere: an owner keeps its
+    // flags in place until someone asks for the array object.
+    static void resize(Text& flags, std::int32_t count);
+    static bool flag(const Text& flags, std::int32_t index);
+    static void setFlag(Text& flags, std::int32_t index, bool value);
+    static void assign(Text& flags, const Text& text);
+
 private:
-    std::size_t checkedIndex(std::int32_t index) const;
+    friend class detail::FlagArrayLink;  // reads and writes flags_ in place
+
+    static std::size_t checkedIndex(const Text& flags, std::int32_t index);
 
     // Held in the text form itself ("0" and "1"): owners read and write the
     // whole text to copy, compare and render, so that costs one copy of it.

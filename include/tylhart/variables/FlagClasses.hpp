@@ -14,21 +14,29 @@ class COutputStatusClassSet;
 
 namespace detail {
 
-// The owner's link to its one flag array. Flag indexes go to the array
-// unchecked: whatever it does with an index outside its count reaches the
-// caller unchanged.
+// The owner's link to its one flag array. The flags stay in the owner
+// until someone asks for the array object, which then holds them for good:
+// most owners are made, copied and compared without anyone asking. Flag
+// indexes go to the array's rules unchecked: whatever they do with an
+// index outside the count reaches the caller unchanged.
 class FlagArrayLink {
 public:
-    explicit FlagArrayLink(std::int32_t count) : array_(make<CFlagArray>()) { array_->SetFlagCount(count); }
+    explicit FlagArrayLink(std::int32_t count) { CFlagArray::resize(local_, count); }
 
-    Ref<Object> object() const noexcept { return array_; }
-    bool flag(std::int32_t index) const { return array_->Flag(index); }
-    void setFlag(std::int32_t index, bool value) { array_->SetFlag(index, value); }
-    Text text() const { return array_->FlagText(); }
-    void setText(const Text& text) { array_->SetFlagText(text); }
+    Ref<Object> object() const {
+        if (!array_) array_ = make<CFlagArray>(std::move(local_));
+        return array_;
+    }
+    bool flag(std::int32_t index) const { return CFlagArray::flag(flags(), index); }
+    void setFlag(std::int32_t index, bool value) { CFlagArray::setFlag(flags(), index, value); }
+    Text text() const { return flags(); }
+    void setText(const Text& text) { CFlagArray::assign(flags(), text); }
 
 private:
-    Ref<CFlagArray> array_;
+    Text& flags() const { return array_ ? array_->flags_ : local_; }
+
+    mutable Text local_;
+    mutable Ref<CFlagArray> array_;
 };
 
 }  // namespace detail
@@ -51,7 +59,7 @@ protected:
     FlagClass() : flags_(Count) {}
 
     // The array itself, not a copy: changes made through it are the owner's.
-    Ref<Object> flagArray() const noexcept { return flags_.object(); }
+    Ref<Object> flagArray() const { return flags_.object(); }
     bool flag(Index index) const { return flags_.flag(index); }
     void setFlag(Index index, bool value) { flags_.setFlag(index, value); }
     Text flagText() const { return flags_.text(); }
