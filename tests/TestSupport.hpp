@@ -9,6 +9,7 @@
 #include <sstream>
 #include <string>
 #include <type_traits>
+#include <vector>
 
 #include "tylhart/core/Dispatch.hpp"
 
@@ -183,19 +184,25 @@ inline void expectMatchesFile(const std::string& file, const std::string& actual
     }
 }
 
-// One row per rendering: a name, the object, the level. The exact texts are
+// One row per object: a name, the object, the level or levels, each
+// rendered on a new object. The exact texts are
 // tests/data/renderings/<suite>.<test>.txt, a line "name level: text" per
-// row (<empty> for Empty), so that long renderings read whole and in order.
+// level (<empty> for Empty), so that long renderings read whole and in order.
 struct Rendering {
+    struct Levels : std::vector<std::int16_t> {
+        Levels(std::int16_t level) : vector{level} {}
+        Levels(std::initializer_list<std::int16_t> levels) : vector(levels) {}
+    };
     const char* name;
     std::function<Ref<Object>()> build;
-    std::int16_t level;
+    Levels levels;
 };
 inline void expectRenderings(std::initializer_list<Rendering> rows) {
     std::string listing;
     for (const Rendering& r : rows)
-        listing += std::string(r.name) + " " + std::to_string(r.level) + ": " +
-                   text(call(r.build(), u"ToString", r.level)) + "\n";
+        for (const std::int16_t level : r.levels)
+            listing += std::string(r.name) + " " + std::to_string(level) + ": " +
+                       text(call(r.build(), u"ToString", level)) + "\n";
     const testing::TestInfo* test = testing::UnitTest::GetInstance()->current_test_info();
     expectMatchesFile(std::string("renderings/") + test->test_suite_name() + "." + test->name() + ".txt", listing);
 }
