@@ -48,7 +48,6 @@ TEST(CharArray, BytesGoInOneByOneAndRenderUpToTheFirstNul) {
     EXPECT_EQ(text(a->ToString(2)), "CharArray{Text:A, Size:3}");
 }
 
-// Each refused call leaves Size and the stored text as they were.
 TEST(CharArray, RefusedCallsReportTheirErrorAndChangeNothing) {
     using A = CCharArray&;
     expectRefusals<CCharArray>([] { return arrayOf(4, u"abcd"); },

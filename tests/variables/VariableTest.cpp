@@ -3,10 +3,6 @@
 namespace tylhart::test {
 namespace {
 
-const ErrorRecord WrongKindError = libraryError("Menu.Definition", errors::WrongKind);
-
-// ---- Construction ----
-
 // The plain fields' defaults show in the rendering of a new variable below.
 TEST(Variable, NewVariableHasItsDefaults) {
     auto v = make<CVariable>();
@@ -16,19 +12,15 @@ TEST(Variable, NewVariableHasItsDefaults) {
     for (const auto& [name, expected] : fields) EXPECT_EQ(get(v, name), expected) << toUtf8(name);
 }
 
-// ---- Definition ----
-
 TEST(Variable, DefinitionOfOtherKindsIsRefusedWithTheMenuSourceAndOwnIsStoredWithoutCopy) {
     auto v = make<CVariable>();
     for (const auto& wrong : {makeDefinition(u"x", ddoKMenuDef), make<CDefinition>()})
-        expectRefused(v, [&] { v->SetDefinition(wrong); }, WrongKindError);
+        expectRefused(v, [&] { v->SetDefinition(wrong); }, libraryError("Menu.Definition", errors::WrongKind));
     auto d = makeDefinition(u"pressure", ddoKVariableDef);
     let(v, u"Definition", Variant(d));
     EXPECT_EQ(v->Definition().get(), d.get());
     expectRefused(v, [&] { v->SetDefinition(nullptr); }, NotSet);
 }
-
-// ---- Value ----
 
 TEST(Variable, ValueLetStoresACopyStampsTimeAndNullClears) {
     ManualClock clock;
@@ -92,8 +84,6 @@ TEST(Variable, InitialValueComparesAsTheRuntimeDoes) {
     EXPECT_EQ(raised([&] { v->InitialValue(); }), NullUse);
 }
 
-// ---- Availability ----
-
 TEST(Variable, AvailableIsClearedWhenAskedSoonerThanThePeriod) {
     // availability, dynAvailability, dynamic class, set at, asked at (seconds from the start), expected
     const std::tuple<const char*, std::int32_t, std::int32_t, bool, double, double, bool> cases[] = {
@@ -127,8 +117,6 @@ TEST(Variable, AvailableIsClearedWhenAskedSoonerThanThePeriod) {
     EXPECT_EQ(v->LastSetTime, Date{Noon2000});
 }
 
-// ---- Handling flags ----
-
 TEST(Variable, HandlingGoesToTheSharedFlagArray) {
     auto v = make<CVariable>();
     let(v, u"Handling", std::int32_t{ddvhTWrite}, false);
@@ -137,8 +125,6 @@ TEST(Variable, HandlingGoesToTheSharedFlagArray) {
     EXPECT_FALSE(v->Handling(ddvhTRead));
     EXPECT_EQ(raised([&] { v->Handling(static_cast<enumDDVariableHandlingType>(2)); }), Subscript);
 }
-
-// ---- Copy and compare ----
 
 Ref<CVariable> filledVariable() {
     auto v = variableOf(ddvTFloat);
@@ -213,8 +199,6 @@ TEST(Variable, CompareOneChangedFieldDecidesAndTheFirstDifferenceStops) {
     EXPECT_EQ(raised([&] { a->Compare(nullptr); }), NotSet);
 }
 
-// ---- Rendering ----
-
 TEST(Variable, RenderingAtEveryLevel) {
     ManualClock clock;
     const auto filled = [] {
@@ -230,11 +214,8 @@ TEST(Variable, RenderingAtEveryLevel) {
         return made<CVariable>([](CVariable& v) { v.TypeInfo = nullptr, v.PreEditActions = nullptr, v.SetRelations(nullptr); });
     };
     expectRenderings({
-        {"filled", filled, -1},
-        {"filled", filled, 1},
         // The type's text ends in two braces of its own.
-        {"filled", filled, 2},
-        {"filled", filled, 3},
+        {"filled", filled, {-1, 1, 2, 3}},
         // Absent children leave out their labels; the zero date shows as midnight.
         {"without type, pre-edit actions and relations", bare, 3},
     });
