@@ -23,17 +23,13 @@ Ref<Object> labelledArray() {
 
 TEST(Collections, RenderExactly) {
     expectRenderings({
-        {"element", [] { return element(3); }, 2},
-        {"element", [] { return element(3); }, 0},
+        {"element", [] { return element(3); }, {2, 0}},
         {"member", [] { return member(u"x", makeDefinition(u"pv", ddoKVariableDef)); }, 2},
         {"member without definition", [] { return member(u"x", nullptr); }, 2},
-        {"collection", labelledCollection, 1},
-        {"collection", labelledCollection, 3},
+        {"collection", labelledCollection, {1, 3}},
         {"collection without members", [] { return made<CCollection>([](CCollection& c) { c.Members = nullptr; }); }, 2},
-        {"array", labelledArray, 1},
-        {"array", labelledArray, 3},
+        {"array", labelledArray, {1, 3, -1}},
         {"array without elements", [] { return made<CArray>([](CArray& a) { a.Elements = nullptr; }); }, 2},
-        {"array", labelledArray, -1},
     });
 }
 
@@ -56,8 +52,6 @@ TYPED_TEST(ConstructCopy, CopyIsIndependentAndCompareIsExactOnLabelHelpAndDefini
                                        {[](TypeParam& c) { c.Label = u"X"; }, [](TypeParam& c) { c.Help = u"h"; }});
 }
 
-// ---- Copy depth of the children ----
-
 TEST(Collections, CopyDepth) {
     // A collection's copy has its own member set, which shares the members.
     auto source = make<CCollection>();
@@ -79,8 +73,6 @@ TEST(Collections, CopyDepth) {
     copied->Definition->SetName(u"sv");
     EXPECT_TRUE(e->Definition->Name() == u"pv" && !arrayCopy->Compare(array));
 }
-
-// ---- Members and elements ----
 
 TEST(Records, EveryComparedFieldMattersAndTextsAreCaseSensitive) {
     expectEachChangeDiffers<CMember>([] { return member(u"x"); }, {[](CMember& m) { m.Ident = u"X"; },
@@ -107,7 +99,7 @@ TEST(Records, DefinitionIsAPlainFieldOfAnyKindCopiesDeepAndIsRequiredToCopy) {
     EXPECT_EQ(elementReceiver->Value, 1);
 }
 
-// ---- Where the member set and the element list deviate from their bases ----
+// Only where the member set deviates from its base.
 
 TEST(MemberSet, ItemTakesAPositionOrAnElementKeyAndCopyReplaces) {
     auto set = make<CMemberSet>();

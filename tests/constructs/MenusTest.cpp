@@ -33,11 +33,9 @@ TEST(Menus, RenderExactly) {
     expectRenderings({
         {"new menu", make<CMenu>, 2},
         {"menu", labelled, 3},
-        {"new menu item", make<CMenuItem>, 0},
-        {"new menu item", make<CMenuItem>, 2},
+        {"new menu item", make<CMenuItem>, {0, 2}},
         {"menu item on a collection", onCollection, 3},
-        {"new edit display", make<CEditDisplay>, 0},
-        {"new edit display", make<CEditDisplay>, 2},
+        {"new edit display", make<CEditDisplay>, {0, 2}},
         {"new edit display item", make<CEditDisplayItem>, 0},
         {"edit display item on a variable", [] { return itemOn<CEditDisplayItem>(named<CVariable>(u"pv")); }, 2},
     });

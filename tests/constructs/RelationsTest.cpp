@@ -35,22 +35,17 @@ Ref<CMethod> method() {
 TEST(Constructs, RenderExactly) {
     expectRenderings({
         // UNIT prints the unit variable's definition after the tag, never its own.
-        {"unit", unit, 0},
-        {"unit", unit, 1},
+        {"unit", unit, {0, 1, 3}},
         {"unit without reread", [] { return made<CUnit>([](CUnit& u) { u.InRecursion = true, u.Reread = nullptr; }); }, 2},
-        {"unit", unit, 3},
         {"refresh", refresh, 2},
         // WRITE_AS_ONE and its items have a short form below level 1.
-        {"write as one", writeAsOne, -1},
+        {"write as one", writeAsOne, {-1, 3}},
         {"write as one without items",
          [] { return made<CWriteAsOne>([](CWriteAsOne& w) { w.InProgress = true, w.Modified = nullptr; }); }, 2},
-        {"write as one", writeAsOne, 3},
         {"variable item", item, 2},
         {"new variable item", make<CVariableItem>, 0},
-        {"method", method, 0},
-        {"method", method, 1},
         // The definition keeps the method's own level; the class goes one down.
-        {"method", method, 2},
+        {"method", method, {0, 1, 2}},
         {"method without class", [] { return made<CMethod>([](CMethod& m) { m.Validity = false, m.Uid = -3, m.Class = nullptr; }); }, 3},
     });
     auto i = make<CVariableItem>();
