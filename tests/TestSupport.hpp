@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -129,6 +130,24 @@ void expectEachChangeDiffers(const std::function<Ref<R>()>& build,
         EXPECT_TRUE(a->Compare(b));
         change(*b);
         expectCompare(a, b, false);
+    }
+}
+
+// A copy equals its source both ways; each change made to a new copy makes
+// the two differ both ways and leaves the source's full rendering as it was,
+// so no child the change reaches is shared.
+template <class R>
+void expectOwnCopies(const Ref<R>& source, std::initializer_list<std::function<void(R&)>> changes) {
+    const auto full = [&] { return text(source->ToString(INT16_MAX)); };
+    const std::string before = full();
+    int row = 0;
+    for (const auto& change : changes) {
+        SCOPED_TRACE("change " + std::to_string(row++));
+        auto copy = source->GetCopy();
+        expectCompare(copy, source, true);
+        change(*copy);
+        expectCompare(copy, source, false);
+        EXPECT_EQ(full(), before);
     }
 }
 

@@ -91,10 +91,8 @@ TEST(DataItem, LetsKeepOrReplaceTheHeldObjects) {
 TEST(DataItem, CopyIsDeepAndStopsAtTheFailingStep) {
     auto source = variableItem();
     source->Mask = 7, source->Info = true;
-    auto copy = source->GetCopy();
-    EXPECT_TRUE(copy->Compare(source) && copy->Definition() != source->Definition());
-    copy->Variable()->Label = u"changed";
-    EXPECT_TRUE(source->Variable()->Label.empty() && !copy->Compare(source));
+    expectOwnCopies<CDataItem>(source, {[](CDataItem& d) { d.Variable()->Label = u"changed"; },
+                                        [](CDataItem& d) { d.Definition()->SetName(u"sv"); }});
     source->SetFromObject(source);  // into itself: nothing lost
     ASSERT_TRUE(source->Variable() && source->Definition()->Name() == u"pv");
     EXPECT_EQ(raised([] { make<CDataItem>()->GetCopy(); }),
@@ -175,14 +173,13 @@ TEST(Command, RefusedLetsKeepTheCommandAndACopyStopsAtItsFailingStep) {
 
 TEST(Command, CopyDepth) {
     auto source = command();
+    using C = CCommand&;
+    expectOwnCopies<CCommand>(source, {[](C c) { c.Definition()->SetName(u"write_pv"); },
+        [](C c) { c.Transactions->Add(transaction(2)); }, [](C c) { c.ResponseCodes->Add(code(1)); }});
+    // Through dispatch too; the sets compare keys only, so the transaction is compared itself.
     auto copy = refCast<CCommand>(call(source, u"GetCopy").toObject());
     ASSERT_TRUE(copy && copy->Compare(source));
-    EXPECT_TRUE(copy->Definition() != source->Definition() && copy->Transactions != source->Transactions &&
-                copy->ResponseCodes != source->ResponseCodes);
-    auto mine = copy->Transactions->Item(1), theirs = source->Transactions->Item(1);
-    EXPECT_TRUE(mine != theirs && mine->Compare(theirs));
-    copy->Definition()->SetName(u"write_pv"), copy->Transactions->Add(transaction(2));
-    EXPECT_TRUE(source->Definition()->Name() == u"read_pv" && source->Transactions->Count() == 1);
+    EXPECT_TRUE(copy->Transactions->Item(1)->Compare(source->Transactions->Item(1)));
     // A transaction def copies its command (stored unchecked); without one the copy is refused before Number.
     auto pairing = made<CTransactionDef>([](CTransactionDef& t) { t.Number = 1; });
     let(pairing, u"Command", source);

@@ -42,36 +42,25 @@ using ConstructClasses = ::testing::Types<CCollection, CArray>;
 TYPED_TEST_SUITE(ConstructCopy, ConstructClasses);
 
 TYPED_TEST(ConstructCopy, CopyIsIndependentAndCompareIsExactOnLabelHelpAndDefinition) {
-    auto source = make<TypeParam>();
-    source->Definition()->SetName(u"original");
-    auto copy = source->GetCopy();
-    EXPECT_TRUE(copy->Compare(source));
-    copy->Definition()->SetName(u"Original");  // the copy's own definition
-    EXPECT_TRUE(source->Definition()->Name() == u"original" && !copy->Compare(source));
+    expectOwnCopies<TypeParam>(made<TypeParam>([](TypeParam& c) { c.Definition()->SetName(u"original"); }),
+                               {[](TypeParam& c) { c.Definition()->SetName(u"Original"); }});
     expectEachChangeDiffers<TypeParam>([] { return made<TypeParam>([](TypeParam& c) { c.Label = u"x"; }); },
                                        {[](TypeParam& c) { c.Label = u"X"; }, [](TypeParam& c) { c.Help = u"h"; }});
 }
 
 TEST(Collections, CopyDepth) {
     // A collection's copy has its own member set, which shares the members.
-    auto source = make<CCollection>();
     auto m = member(u"pressure");
-    source->Members->Add(m);
-    auto copy = source->GetCopy();
+    auto source = made<CCollection>([&](CCollection& c) { c.Members->Add(m); });
+    expectOwnCopies<CCollection>(source, {[](CCollection& c) { c.Members->Add(member(u"flow")); }});
     Variant stored;
-    ASSERT_TRUE(copy->Members->NewEnum()->next(stored));
-    EXPECT_EQ(stored.toObject().get(), m.get());  // member sets copy shallowly
-    copy->Members->Add(member(u"flow"));
-    EXPECT_TRUE(source->Members->Count() == 1 && !copy->Compare(source));
+    ASSERT_TRUE(source->GetCopy()->Members->NewEnum()->next(stored));
+    EXPECT_EQ(stored.toObject().get(), m.get());
     // An array's copy has its own elements and their own definitions.
-    auto array = make<CArray>();
-    auto e = element(1, makeDefinition(u"pv", ddoKVariableDef));
-    array->Elements->Add(e);
-    auto arrayCopy = array->GetCopy();
-    auto copied = arrayCopy->Elements->Item(1);
-    EXPECT_TRUE(arrayCopy->Compare(array));
-    copied->Definition->SetName(u"sv");
-    EXPECT_TRUE(e->Definition->Name() == u"pv" && !arrayCopy->Compare(array));
+    using A = CArray&;
+    expectOwnCopies<CArray>(made<CArray>([](A a) { a.Elements->Add(element(1, makeDefinition(u"pv", ddoKVariableDef))); }),
+                            {[](A a) { a.Elements->Item(1)->Value = 2; },
+                             [](A a) { a.Elements->Item(1)->Definition->SetName(u"sv"); }});
 }
 
 TEST(Records, EveryComparedFieldMattersAndTextsAreCaseSensitive) {

@@ -96,14 +96,9 @@ TEST(BitEnumerator, CompareStopsAtTheFirstDifference) {
 }
 
 TEST(BitEnumerator, GetCopyCopiesEveryChildDeep) {
-    auto source = fullBit();
-    auto copy = source->GetCopy();
-    EXPECT_TRUE(copy->Compare(source));
-    copy->Class->SetClassInfo(ddvCService, true), copy->Status->Output->Add(make<COutputStatusClass>());
-    copy->Method->SetName(u"other");
-    EXPECT_FALSE(source->Class->ClassInfo(ddvCService));
-    EXPECT_EQ(source->Status->Output->Count(), 0);
-    EXPECT_EQ(source->Method->Name(), u"reset");
+    using B = CBitEnumerator&;
+    expectOwnCopies<CBitEnumerator>(fullBit(), {[](B b) { b.Class->SetClassInfo(ddvCService, true); },
+        [](B b) { b.Status->Output->Add(make<COutputStatusClass>()); }, [](B b) { b.Method->SetName(u"other"); }});
 }
 
 TEST(BitEnumerator, ChildrenTheSourceLacksAreKeptNotCleared) {
