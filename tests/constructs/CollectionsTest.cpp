@@ -58,9 +58,9 @@ TEST(Collections, CopyDepth) {
     EXPECT_EQ(stored.toObject().get(), m.get());
     // An array's copy has its own elements and their own definitions.
     using A = CArray&;
-    expectOwnCopies<CArray>(made<CArray>([](A a) { a.Elements->Add(element(1, makeDefinition(u"pv", ddoKVariableDef))); }),
-                            {[](A a) { a.Elements->Item(1)->Value = 2; },
-                             [](A a) { a.Elements->Item(1)->Definition->SetName(u"sv"); }});
+    auto array = made<CArray>([](A a) { a.Elements->Add(element(1, makeDefinition(u"pv", ddoKVariableDef))); });
+    expectOwnCopies<CArray>(array, {[](A a) { a.Elements->Item(1)->Value = 2; },
+                                    [](A a) { a.Elements->Item(1)->Definition->SetName(u"sv"); }});
 }
 
 TEST(Records, EveryComparedFieldMattersAndTextsAreCaseSensitive) {

@@ -116,13 +116,15 @@ TEST(Constructs, RefusedCopiesLeaveTheReceiverUnchanged) {
 }
 
 TEST(Relations, CopiesAreDeepAndIndependent) {
-    expectOwnCopies<CUnit>(unit(), {[](CUnit& u) { u.Unit()->SetName(u"x"); }, [](CUnit& u) { u.Reread->Add(var(u"t")); }});
+    expectOwnCopies<CUnit>(unit(), {[](CUnit& u) { u.Unit()->SetName(u"x"); },
+                                    [](CUnit& u) { u.Reread->Add(var(u"t")); }});
     auto u = unit();
     EXPECT_EQ(u->GetCopy()->Reread->elements()[0], u->Reread->elements()[0]);  // set copies share their elements
     expectOwnCopies<CRefresh>(refresh(), {[](CRefresh& r) { r.Reread->Add(var(u"t")); },
                                           [](CRefresh& r) { r.Changed->Add(var(u"t")); }});
-    expectOwnCopies<CWriteAsOne>(writeAsOne(), {[](CWriteAsOne& w) { w.Modified->Item(1)->Variable()->Label = u"x"; },
-                                                [](CWriteAsOne& w) { w.Modified->Item(1)->Definition->SetName(u"q"); }});
+    using W = CWriteAsOne&;
+    expectOwnCopies<CWriteAsOne>(writeAsOne(), {[](W w) { w.Modified->Item(1)->Variable()->Label = u"x"; },
+                                                [](W w) { w.Modified->Item(1)->Definition->SetName(u"q"); }});
 }
 
 TEST(Relations, CompareOrderAndBlindSpots) {

@@ -9,10 +9,7 @@ using namespace std::string_literals;
 const ErrorRecord BadIndex = libraryError("CCharArray.Char", errors::IndexOutOfRange);
 
 Ref<CCharArray> arrayOf(std::int32_t size, const Text& content) {
-    auto a = make<CCharArray>();
-    a->Size = size;
-    a->SetText(content);
-    return a;
+    return made<CCharArray>([&](CCharArray& a) { a.Size = size, a.SetText(content); });
 }
 
 TEST(CharArray, TextReadsBackAsWrittenAndAFixedSizeCutsOrPads) {

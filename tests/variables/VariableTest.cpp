@@ -170,27 +170,20 @@ TEST(Variable, SetFromObjectStopsAtAFailureAndKeepsWhatItCopied) {
 }
 
 TEST(Variable, CompareOneChangedFieldDecidesAndTheFirstDifferenceStops) {
-    using V = CVariable&;
-    using Change = std::function<void(V)>;
-    const std::pair<Change, bool> cases[] = {  // the change, still equal
-        {[](V v) { v.SetRelations(make<CVariableDefinitionSet>()); }, true},  // blind spot: relations
-        {[](V v) { v.Definition()->SetName(u"Pressure"); }, false}, {[](V v) { v.SetValue(1.5); }, false},
-        {[](V v) { v.ErrorCode = 0; }, false}, {[](V v) { v.Class->SetClassInfo(ddvCInput, true); }, false},
-        {[](V v) { v.VariableUnit = u"kpa"; }, false}, {[](V v) { v.UnitVariable = nullptr; }, false},
-        {[](V v) { v.UnitVariable = makeDefinition(u"u", ddoKVariableDef); }, false},
-        {[](V v) { v.Label = u"pressure"; }, false}, {[](V v) { v.WriteTimeout = -1; }, false},
-        {[](V v) { v.PostWriteActions->Add(makeDefinition(u"m", ddoKMethodDef)); }, false},
-        {[](V v) { v.TypeInfo = make<CType>(); }, false}, {[](V v) { v.SetAvailable(false); }, false},
-        {[](V v) { v.SetDynAvailability(4); }, false}, {[](V v) { v.IsChecked = true; }, false},
-        {[](V v) { v.LastSetTime = Date{Noon2000 + Second}; }, false}, {[](V v) { v.InReadRecursion = false; }, false},
-        {[](V v) { v.DefaultValue = u"2"; }, false}, {[](V v) { v.SetHandling(ddvhTWrite, true); }, false}};
     ManualClock clock;
-    auto source = filledVariable();
-    for (const auto& [change, stillEqual] : cases) {
-        auto copy = source->GetCopy();
-        change(*copy);
-        expectCompare(copy, source, stillEqual);
-    }
+    using V = CVariable&;
+    expectOwnCopies<CVariable>(filledVariable(), {[](V v) { v.Definition()->SetName(u"Pressure"); },
+        [](V v) { v.SetValue(1.5); }, [](V v) { v.ErrorCode = 0; }, [](V v) { v.Class->SetClassInfo(ddvCInput, true); },
+        [](V v) { v.VariableUnit = u"kpa"; }, [](V v) { v.UnitVariable = nullptr; },
+        [](V v) { v.UnitVariable = makeDefinition(u"u", ddoKVariableDef); }, [](V v) { v.Label = u"pressure"; },
+        [](V v) { v.WriteTimeout = -1; }, [](V v) { v.PostWriteActions->Add(makeDefinition(u"m", ddoKMethodDef)); },
+        [](V v) { v.TypeInfo = make<CType>(); }, [](V v) { v.SetAvailable(false); },
+        [](V v) { v.SetDynAvailability(4); }, [](V v) { v.IsChecked = true; },
+        [](V v) { v.LastSetTime = Date{Noon2000 + Second}; }, [](V v) { v.InReadRecursion = false; },
+        [](V v) { v.DefaultValue = u"2"; }, [](V v) { v.SetHandling(ddvhTWrite, true); }});
+    auto source = filledVariable(), copy = source->GetCopy();
+    copy->SetRelations(make<CVariableDefinitionSet>());
+    expectCompare(copy, source, true);  // blind spot: relations
     auto a = make<CVariable>(), b = make<CVariable>();
     b->DefaultValue = Null{}, b->Definition()->SetName(u"other");
     EXPECT_FALSE(a->Compare(b));  // the definitions differ first, so the Null default is never compared
