@@ -3,12 +3,14 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <functional>
 #include <sstream>
 #include <string>
 #include <type_traits>
+#include <vector>
 
 #include "tylhart/core/Dispatch.hpp"
 
@@ -131,6 +133,24 @@ void expectEachChangeDiffers(const std::function<Ref<R>()>& build,
     }
 }
 
+// A copy equals its source both ways; each change made to a new copy makes
+// the two differ both ways and leaves the source's full rendering as it was,
+// so no child the change reaches is shared.
+template <class R>
+void expectOwnCopies(const Ref<R>& source, std::initializer_list<std::function<void(R&)>> changes) {
+    const auto full = [&] { return text(source->ToString(INT16_MAX)); };
+    const std::string before = full();
+    int row = 0;
+    for (const auto& change : changes) {
+        SCOPED_TRACE("change " + std::to_string(row++));
+        auto copy = source->GetCopy();
+        expectCompare(copy, source, true);
+        change(*copy);
+        expectCompare(copy, source, false);
+        EXPECT_EQ(full(), before);
+    }
+}
+
 // One refused call per row: on a new object from `build` it raises its
 // record, and `state` reads the same before and after.
 template <class T>
@@ -183,19 +203,25 @@ inline void expectMatchesFile(const std::string& file, const std::string& actual
     }
 }
 
-// One row per rendering: a name, the object, the level. The exact texts are
+// One row per object: a name, the object, the level or levels, each
+// rendered on a new object. The exact texts are
 // tests/data/renderings/<suite>.<test>.txt, a line "name level: text" per
-// row (<empty> for Empty), so that long renderings read whole and in order.
+// level (<empty> for Empty), so that long renderings read whole and in order.
 struct Rendering {
+    struct Levels : std::vector<std::int16_t> {
+        Levels(std::int16_t level) : vector{level} {}
+        Levels(std::initializer_list<std::int16_t> levels) : vector(levels) {}
+    };
     const char* name;
     std::function<Ref<Object>()> build;
-    std::int16_t level;
+    Levels levels;
 };
 inline void expectRenderings(std::initializer_list<Rendering> rows) {
     std::string listing;
     for (const Rendering& r : rows)
-        listing += std::string(r.name) + " " + std::to_string(r.level) + ": " +
-                   text(call(r.build(), u"ToString", r.level)) + "\n";
+        for (const std::int16_t level : r.levels)
+            listing += std::string(r.name) + " " + std::to_string(level) + ": " +
+                       text(call(r.build(), u"ToString", level)) + "\n";
     const testing::TestInfo* test = testing::UnitTest::GetInstance()->current_test_info();
     expectMatchesFile(std::string("renderings/") + test->test_suite_name() + "." + test->name() + ".txt", listing);
 }

@@ -9,10 +9,7 @@ using namespace std::string_literals;
 const ErrorRecord BadIndex = libraryError("CCharArray.Char", errors::IndexOutOfRange);
 
 Ref<CCharArray> arrayOf(std::int32_t size, const Text& content) {
-    auto a = make<CCharArray>();
-    a->Size = size;
-    a->SetText(content);
-    return a;
+    return made<CCharArray>([&](CCharArray& a) { a.Size = size, a.SetText(content); });
 }
 
 TEST(CharArray, TextReadsBackAsWrittenAndAFixedSizeCutsOrPads) {
@@ -48,7 +45,6 @@ TEST(CharArray, BytesGoInOneByOneAndRenderUpToTheFirstNul) {
     EXPECT_EQ(text(a->ToString(2)), "CharArray{Text:A, Size:3}");
 }
 
-// Each refused call leaves Size and the stored text as they were.
 TEST(CharArray, RefusedCallsReportTheirErrorAndChangeNothing) {
     using A = CCharArray&;
     expectRefusals<CCharArray>([] { return arrayOf(4, u"abcd"); },

@@ -40,22 +40,16 @@ Ref<Object> twoEnumerators() { return setOf<CEnumeratorSet>(item(0, u"Off"), ite
 TEST(Enumerators, RenderExactly) {
     auto low = [] { return item(-3, u"Low", u"below range"); };
     expectRenderings({
-        {"enumerator", low, -1},
-        {"enumerator", low, 3},
-        {"bit enumerator with a method", methodOnlyBit, 0},
-        // Each child one level down.
+        {"enumerator", low, {-1, 3}},
+        // Each child one level down; an absent child leaves out its label too.
         {"bit enumerator with every child", fullBit, 3},
-        // An absent child leaves out its label too.
-        {"bit enumerator with a method", methodOnlyBit, 2},
+        {"bit enumerator with a method", methodOnlyBit, {0, 2}},
         // Below level 1 the sets print a short label instead of nothing.
-        {"two enumerators", twoEnumerators, -2},
-        {"two enumerators", twoEnumerators, 2},
+        {"two enumerators", twoEnumerators, {-2, 2}},
         {"new bit enumerator set", make<CBitEnumeratorSet>, 0},
         {"bit enumerator set", [] { return setOf<CBitEnumeratorSet>(methodOnlyBit()); }, 3},
     });
 }
-
-// ---- Compare ---------------------------------------------------------------
 
 void none(CBitEnumerator&) {}
 void newClass(CBitEnumerator& b) { b.Class = make<CVariableClass>(); }
@@ -101,17 +95,10 @@ TEST(BitEnumerator, CompareStopsAtTheFirstDifference) {
     EXPECT_FALSE(left->Compare(right));
 }
 
-// ---- Copies ----------------------------------------------------------------
-
 TEST(BitEnumerator, GetCopyCopiesEveryChildDeep) {
-    auto source = fullBit();
-    auto copy = source->GetCopy();
-    EXPECT_TRUE(copy->Compare(source));
-    copy->Class->SetClassInfo(ddvCService, true), copy->Status->Output->Add(make<COutputStatusClass>());
-    copy->Method->SetName(u"other");
-    EXPECT_FALSE(source->Class->ClassInfo(ddvCService));
-    EXPECT_EQ(source->Status->Output->Count(), 0);
-    EXPECT_EQ(source->Method->Name(), u"reset");
+    using B = CBitEnumerator&;
+    expectOwnCopies<CBitEnumerator>(fullBit(), {[](B b) { b.Class->SetClassInfo(ddvCService, true); },
+        [](B b) { b.Status->Output->Add(make<COutputStatusClass>()); }, [](B b) { b.Method->SetName(u"other"); }});
 }
 
 TEST(BitEnumerator, ChildrenTheSourceLacksAreKeptNotCleared) {
@@ -130,7 +117,7 @@ TEST(BitEnumerator, ChildrenTheSourceLacksAreKeptNotCleared) {
     EXPECT_FALSE(receiver->Status->Other(ddsoTHardware));
 }
 
-TEST(BitEnumerator, ARefusedCopyLeavesTheReceiverUnchanged) {
+TEST(BitEnumerator, ARefusedCopyOrObjectFieldLeavesTheReceiverUnchanged) {
     auto receiver = fullBit();
     const Object* keptClass = receiver->Class.get();
     auto source = bit(99, u"Broken");
@@ -138,15 +125,12 @@ TEST(BitEnumerator, ARefusedCopyLeavesTheReceiverUnchanged) {
     source->Status->Output = nullptr;  // its status class cannot copy itself
     for (const auto& bad : {source, Ref<CBitEnumerator>()})
         expectRefused(receiver, [&] { receiver->SetFromObject(bad); }, NotSet);
+    // An object field takes only its own class.
+    expectRefused(receiver, [&] { setObject(receiver, u"Class", make<CStatusClass>()); }, TypeMismatch);
     EXPECT_EQ(receiver->Class.get(), keptClass);
 }
 
-TEST(BitEnumerator, ObjectFieldsTakeOnlyTheirClass) {
-    Ref<Object> b = make<CBitEnumerator>();
-    EXPECT_EQ(raised([&] { setObject(b, u"Class", make<CStatusClass>()); }), TypeMismatch);
-}
-
-// ---- Where the two sets deviate from the generic set -------------------------
+// Only where the two sets deviate from the generic set.
 
 TEST(EnumeratorSet, KeyedByValueWithNothingForAnAbsentValueAndACopyMerges) {
     auto lowest = item(-1, u"Low");
