@@ -1,23 +1,11 @@
 // Container children made on first use: no caller may tell them from
 // children made in the constructor.
-#include <gtest/gtest.h>
-
 #include "TestSupport.hpp"
 #include "tylhart/commands/CCommand.hpp"
 #include "tylhart/variables/CVariable.hpp"
 
-using namespace tylhart;
-using namespace tylhart::test;
-
+namespace tylhart::test {
 namespace {
-
-Ref<CVariable> variable() {
-    auto v = make<CVariable>();
-    v->SetDefinition(makeDefinition(u"pressure", ddoKVariableDef));
-    return v;
-}
-
-}  // namespace
 
 TEST(Child, UntouchedChildrenCostNothingAndReadAsOneObject) {
     const std::size_t before = Object::liveObjects();
@@ -35,8 +23,10 @@ TEST(Child, UntouchedChildrenCostNothingAndReadAsOneObject) {
 }
 
 TEST(Child, CopiesComparisonsAndRenderingsAsIfMade) {
-    auto untouched = variable();
-    auto touched = variable();
+    const auto variable = [] {
+        return made<CVariable>([](CVariable& v) { v.SetDefinition(makeDefinition(u"pressure", ddoKVariableDef)); });
+    };
+    auto untouched = variable(), touched = variable();
     (void)touched->PostWriteActions->Count();
     (void)touched->Relations();
     EXPECT_EQ(text(untouched->ToString(3)), text(touched->ToString(3)));
@@ -57,3 +47,6 @@ TEST(Child, CopiesComparisonsAndRenderingsAsIfMade) {
     EXPECT_FALSE(get(command, u"Transactions").toObject());
     EXPECT_EQ(raised([&] { command->GetCopy(); }), NotSet);
 }
+
+}  // namespace
+}  // namespace tylhart::test
