@@ -27,7 +27,6 @@ TEST(DefinitionSet, KeysIgnoreCaseAndDuplicatesAreRefused) {
     const ErrorRecord notInitialized = libraryError("CDefinition.DefName", errors::NotInitialized);
     EXPECT_EQ(raised([&] { set->Add(make<CDefinition>()); }), notInitialized);
     set->Remove(make<CDefinition>());  // no key: ignored
-    set->Remove(makeDefinition(u"absent", ddoKVariableDef));
     EXPECT_EQ(names(*set), "Flow");
     set->Remove(makeDefinition(u"fLoW", ddoKMenuDef));  // an equal key suffices
     EXPECT_EQ(set->Count(), 0);
