@@ -24,9 +24,7 @@
 namespace tylhart {
 namespace {
 
-struct Row {
-    std::string op, kindA, valueA, kindB, valueB, resultKind, resultValue;
-};
+struct Row { std::string op, kindA, valueA, kindB, valueB, resultKind, resultValue; };
 
 std::optional<VarType> kindNamed(const std::string& name) {
     static const std::map<std::string, VarType> kinds = {
