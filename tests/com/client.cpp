@@ -19,11 +19,8 @@ namespace {
 int failures = 0, passes = 0;
 
 void check(bool ok, const std::string& what) {
-    passes += ok;
-    if (!ok) {
-        ++failures;
-        std::printf("FAILED: %s\n", what.c_str());
-    }
+    if (ok) ++passes;
+    else ++failures, std::printf("FAILED: %s\n", what.c_str());
 }
 
 GUID guidOf(const char16_t* text) {
@@ -113,6 +110,20 @@ ITypeInfo* vtableView(ITypeInfo* dispatchView) {
     return view;
 }
 
+// Each function a type describes, in its order.
+template <class F>
+void eachFunction(ITypeInfo* info, F&& f) {
+    TYPEATTR* attr = nullptr;
+    if (!info || info->GetTypeAttr(&attr) != S_OK) return;
+    for (UINT i = 0; i < attr->cFuncs; ++i) {
+        FUNCDESC* d = nullptr;
+        if (info->GetFuncDesc(i, &d) != S_OK) continue;
+        f(d);
+        info->ReleaseFuncDesc(d);
+    }
+    info->ReleaseTypeAttr(attr);
+}
+
 // The vtable: IDispatch's seven slots, then one per accessor in table order
 // (each member's get or else method, its let, its set), every one returning
 // HRESULT, with a get's or method's result as a final [out, retval].
@@ -134,15 +145,12 @@ void vtableMatches(ITypeInfo* dispatchView, const automation::ClassEntry& c) {
             want += std::to_string((7 + slot++) * 8) + ":" + std::to_string(m.id) + "/" + std::to_string(kind) + "/" +
                     std::to_string(m.params.size() + put + retval) + (retval ? "r " : " ");
         }
-    for (UINT i = 0; i < attr->cFuncs; ++i) {
-        FUNCDESC* f = nullptr;
-        if (view->GetFuncDesc(i, &f) != S_OK) continue;
+    eachFunction(view, [&](FUNCDESC* f) {
         const bool retval = f->cParams && (f->lprgelemdescParam[f->cParams - 1].paramdesc.wParamFlags & PARAMFLAG_FRETVAL);
         const bool virt = f->funckind == FUNC_PUREVIRTUAL && f->elemdescFunc.tdesc.vt == VT_HRESULT;
         got += std::to_string(f->oVft) + ":" + std::to_string(f->memid) + "/" + std::to_string(f->invkind) + "/" +
                std::to_string(f->cParams) + (retval ? "r" : "") + (virt ? " " : "? ");
-        view->ReleaseFuncDesc(f);
-    }
+    });
     check(got == want && attr->cbSizeVft == (7 + slot) * 8, cls + ": vtable " + got + " described as " + want);
     view->ReleaseTypeAttr(attr);
     view->Release();
@@ -160,12 +168,11 @@ void typeInfoMatches(IDispatch* d, const automation::ClassEntry& c) {
     info->GetTypeAttr(&attr);
     check(IsEqualGUID(attr->guid, guidOf(c.iid)) && attr->typekind == TKIND_DISPATCH && (attr->wTypeFlags & TYPEFLAG_FDUAL),
           cls + ": interface identity");
+    info->ReleaseTypeAttr(attr);
     vtableMatches(info, c);
     std::size_t expected = 0, own = 0;
     for (const MemberInfo& m : c.classInfo().members()) expected += (m.get || m.method) + !!m.let + !!m.set;
-    for (UINT i = 0; i < attr->cFuncs; ++i) {
-        FUNCDESC* f = nullptr;
-        if (info->GetFuncDesc(i, &f) != S_OK) continue;
+    eachFunction(info, [&](FUNCDESC* f) {
         const auto group = static_cast<unsigned long>(f->memid) & 0xFFFF0000u;
         const MemberInfo* m = c.classInfo().find(static_cast<DispId>(f->memid));
         if (group != 0x60000000u && group != 0x60010000u) {  // not one of the seven IDispatch inherits
@@ -190,10 +197,8 @@ void typeInfoMatches(IDispatch* d, const automation::ClassEntry& c) {
             for (UINT k = 0; k < count; ++k) SysFreeString(names[k]);
             check(got == want, cls + ": " + got + " described as " + want);
         }
-        info->ReleaseFuncDesc(f);
-    }
+    });
     check(own == expected, cls + ": function count");
-    info->ReleaseTypeAttr(attr);
     info->Release();
 }
 
@@ -346,21 +351,20 @@ template <class... A>
 HRESULT vcall(IDispatch* d, const wchar_t* name, INVOKEKIND kind, A... args) {
     ITypeInfo* view = vtableOf(d);
     const MEMBERID id = idOf(view, name);
-    TYPEATTR* attr = nullptr;
     UINT slot = 0;
-    if (view && view->GetTypeAttr(&attr) == S_OK) {
-        for (UINT i = 0; i < attr->cFuncs; ++i) {
-            FUNCDESC* f = nullptr;
-            if (view->GetFuncDesc(i, &f) != S_OK) continue;
-            if (f->memid == id && f->invkind == kind) slot = f->oVft / sizeof(void*);
-            view->ReleaseFuncDesc(f);
-        }
-        view->ReleaseTypeAttr(attr);
-    }
+    eachFunction(view, [&](FUNCDESC* f) {
+        if (f->memid == id && f->invkind == kind) slot = f->oVft / sizeof(void*);
+    });
     if (view) view->Release();
     if (slot < 7) return E_NOTIMPL;
     using Slot = HRESULT(STDMETHODCALLTYPE*)(IDispatch*, A...);
     return reinterpret_cast<Slot>((*reinterpret_cast<void***>(d))[slot])(d, args...);
+}
+
+// A put through the vtable, then the get into `back`.
+template <class T>
+bool vput(IDispatch* d, const wchar_t* name, T value, T& back, INVOKEKIND put = INVOKE_PROPERTYPUT) {
+    return vcall(d, name, put, value) == S_OK && vcall(d, name, INVOKE_PROPERTYGET, &back) == S_OK;
 }
 
 // Calls through the vtable of every kind of signature, checked against the
@@ -379,37 +383,28 @@ void vtableCalls() {
               errorInfo() == "CDefinition.Initialize|Once a Kind is initialized, it must not be changed anymore!",
           "vtable call that raises: HRESULT and IErrorInfo");
 
+    // Each kind of value put and read back through the vtable, then read
+    // through Invoke; an object comes back as the same identity.
     long code = 0;
     short timeout = 0;
     DATE stamp = 0;
     BSTR help = nullptr;
-    Var given(L"12.5"), back;
-    check(vcall(var, L"ErrorCode", INVOKE_PROPERTYPUT, 42L) == S_OK && vcall(var, L"ErrorCode", INVOKE_PROPERTYGET, &code) == S_OK &&
-              code == 42 && call(var, L"ErrorCode", DISPATCH_PROPERTYGET).result.lVal == 42,
-          "vtable Long let and get");
-    check(vcall(var, L"ReadTimeout", INVOKE_PROPERTYPUT, short{-7}) == S_OK &&
-              vcall(var, L"ReadTimeout", INVOKE_PROPERTYGET, &timeout) == S_OK && timeout == -7 &&
-              call(var, L"ReadTimeout", DISPATCH_PROPERTYGET).result.iVal == -7,
-          "vtable Integer let and get");
-    check(vcall(var, L"LastSetTime", INVOKE_PROPERTYPUT, DATE{36526.75}) == S_OK &&
-              vcall(var, L"LastSetTime", INVOKE_PROPERTYGET, &stamp) == S_OK && stamp == 36526.75 &&
-              call(var, L"LastSetTime", DISPATCH_PROPERTYGET).result.date == 36526.75,
-          "vtable Date let (in XMM1) and get");
-    check(vcall(var, L"Help", INVOKE_PROPERTYPUT, name) == S_OK && vcall(var, L"Help", INVOKE_PROPERTYGET, &help) == S_OK &&
-              narrow(help) == "level" && text(call(var, L"Help", DISPATCH_PROPERTYGET)) == "level",
-          "vtable String let and get");
-    check(vcall(var, L"DefaultValue", INVOKE_PROPERTYPUT, static_cast<VARIANT>(given)) == S_OK &&
-              vcall(var, L"DefaultValue", INVOKE_PROPERTYGET, static_cast<VARIANT*>(&back)) == S_OK && back.vt == VT_BSTR &&
-              narrow(back.bstrVal) == "12.5",
-          "vtable Variant let (a pointer to a copy) and get");
-
-    // Objects: set with an object, get hands out the same identity.
     IDispatch* stored = nullptr;
-    check(vcall(var, L"TypeInfo", INVOKE_PROPERTYPUTREF, type) == S_OK && vcall(var, L"TypeInfo", INVOKE_PROPERTYGET, &stored) == S_OK &&
-              stored == type && call(var, L"TypeInfo", DISPATCH_PROPERTYGET).result.pdispVal == type,
+    Var given(L"12.5"), back;
+    const auto get = [&](const wchar_t* member) { return call(var, member, DISPATCH_PROPERTYGET); };
+    check(vput(var, L"ErrorCode", 42L, code) && code == 42 && get(L"ErrorCode").result.lVal == 42, "vtable Long let and get");
+    check(vput(var, L"ReadTimeout", short{-7}, timeout) && timeout == -7 && get(L"ReadTimeout").result.iVal == -7,
+          "vtable Integer let and get");
+    check(vput(var, L"LastSetTime", DATE{36526.75}, stamp) && stamp == 36526.75 && get(L"LastSetTime").result.date == 36526.75,
+          "vtable Date let (in XMM1) and get");
+    check(vput(var, L"Help", name, help) && narrow(help) == "level" && text(get(L"Help")) == "level", "vtable String let and get");
+    check(vput<VARIANT>(var, L"DefaultValue", given, back) && back.vt == VT_BSTR && narrow(back.bstrVal) == "12.5",
+          "vtable Variant let (a pointer to a copy) and get");
+    check(vput(var, L"TypeInfo", type, stored, INVOKE_PROPERTYPUTREF) && stored == type &&
+              get(L"TypeInfo").result.pdispVal == type,
           "vtable object set and get");
     check(vcall(var, L"TypeInfo", INVOKE_PROPERTYPUTREF, def) == static_cast<HRESULT>(0x800A000D) &&
-              errorInfo() == "TylHartTypes|Type mismatch" && call(var, L"TypeInfo", DISPATCH_PROPERTYGET).result.pdispVal == type,
+              errorInfo() == "TylHartTypes|Type mismatch" && get(L"TypeInfo").result.pdispVal == type,
           "vtable set refused: the object keeps its value");
     check(vcall(var, L"ErrorCode", INVOKE_PROPERTYGET, static_cast<long*>(nullptr)) == E_POINTER, "vtable get without a result place");
     // By reference: the member's final value reaches the caller's variable.

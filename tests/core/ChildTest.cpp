@@ -1,24 +1,12 @@
 // Children and flag arrays made on first use: no caller may tell them from
 // ones made in the constructor.
-#include <gtest/gtest.h>
-
 #include "TestSupport.hpp"
 #include "tylhart/commands/CCommand.hpp"
 #include "tylhart/external/CFlagArray.hpp"
 #include "tylhart/variables/CVariable.hpp"
 
-using namespace tylhart;
-using namespace tylhart::test;
-
+namespace tylhart::test {
 namespace {
-
-Ref<CVariable> variable() {
-    auto v = make<CVariable>();
-    v->SetDefinition(makeDefinition(u"pressure", ddoKVariableDef));
-    return v;
-}
-
-}  // namespace
 
 TEST(Child, UntouchedChildrenCostNothingAndReadAsOneObject) {
     const std::size_t before = Object::liveObjects();
@@ -36,8 +24,10 @@ TEST(Child, UntouchedChildrenCostNothingAndReadAsOneObject) {
 }
 
 TEST(Child, CopiesComparisonsAndRenderingsAsIfMade) {
-    auto untouched = variable();
-    auto touched = variable();
+    const auto variable = [] {
+        return made<CVariable>([](CVariable& v) { v.SetDefinition(makeDefinition(u"pressure", ddoKVariableDef)); });
+    };
+    auto untouched = variable(), touched = variable();
     (void)touched->PostWriteActions->Count();
     (void)touched->Relations();
     EXPECT_EQ(text(untouched->ToString(3)), text(touched->ToString(3)));
@@ -63,7 +53,7 @@ TEST(Child, CopiesComparisonsAndRenderingsAsIfMade) {
 // on every read, and from then on shares every change with its owner both
 // ways; a copy's array is its own whether or not the source's was made.
 TEST(Child, FlagArrayMadeOnFirstUseCarriesTheFlags) {
-    auto v = variable();
+    auto v = make<CVariable>();
     v->SetHandling(ddvhTRead, false);
     auto copyBefore = v->GetCopy();
     const Ref<Object> array = v->GetHandlingObj();
@@ -83,3 +73,6 @@ TEST(Child, FlagArrayMadeOnFirstUseCarriesTheFlags) {
     EXPECT_FALSE(copyBefore->Handling(ddvhTRead));
     EXPECT_NE(copyBefore->GetHandlingObj().get(), copyAfter->GetHandlingObj().get());
 }
+
+}  // namespace
+}  // namespace tylhart::test

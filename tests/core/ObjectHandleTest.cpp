@@ -22,9 +22,7 @@ public:
 };
 
 Ref<CCollection> collectionNamed(const char16_t* name) {
-    auto c = make<CCollection>();
-    c->Definition()->SetName(name);
-    return c;
+    return made<CCollection>([&](CCollection& c) { c.Definition()->SetName(name); });
 }
 
 // A member offers a readable definition but is no top-level class.

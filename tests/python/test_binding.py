@@ -144,9 +144,8 @@ class Binding(unittest.TestCase):
         self.assertTrue(t.CDefinitionList())  # a reference is true, whatever its Count
         self.assertEqual((repr(d), str(d)), ("<CDefinition Definition{Name:pressure}>", "Definition{Name:pressure}"))
         self.assertEqual(repr(listed.NewEnum), "<IEnumVARIANT>")
-        self.assertRaises(TypeError, len, d)
-        self.assertRaises(TypeError, iter, d)
-        self.assertRaises(TypeError, lambda: d[1])
+        for protocol in (len, iter, lambda o: o[1]):
+            self.assertRaises(TypeError, protocol, d)
 
     def test_length_iteration_indexing_and_membership(self):
         d = definition()
