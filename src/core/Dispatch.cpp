@@ -17,7 +17,7 @@ bool MemberInfo::has(Access a) const {
 ClassInfo::ClassInfo(Text name, Factory factory, std::vector<MemberInfo> members)
     : name_(std::move(name)), factory_(factory), members_(std::move(members)) {
     for (std::size_t i = 0; i < members_.size(); ++i) {
-        byName_.emplace(foldCase(members_[i].name), i);
+        byName_.emplace(members_[i].name, i);
         byId_.emplace(members_[i].id, i);
     }
 }
@@ -28,7 +28,7 @@ const MemberInfo* ClassInfo::find(DispId id) const noexcept {
 }
 
 const MemberInfo* ClassInfo::find(TextView name) const {
-    auto it = byName_.find(foldCase(name));
+    auto it = byName_.find(name);
     return it == byName_.end() ? nullptr : &members_[it->second];
 }
 

@@ -100,11 +100,15 @@ std::int16_t CType::MaxRangeNo() const {
     require(Checked::MaxRangeNo);
     return rangeCount_;
 }
-void CType::SetMaxRangeNo(std::int16_t newCount) {
+void CType::SetMaxRangeNo(std::int16_t newCount) { replaceRanges(newCount); }
+
+void CType::replaceRanges(std::int16_t newCount, std::vector<Variant> mins, std::vector<Variant> maxs) {
     require(Checked::MaxRangeNo);
-    const std::size_t slots = newCount < 0 ? 1 : static_cast<std::size_t>(newCount) + 1;
-    std::vector<Variant> mins(slots, Variant(Null{}));
-    std::vector<Variant> maxs(slots, Variant(Null{}));
+    if (mins.empty()) {
+        const std::size_t slots = newCount < 0 ? 1 : static_cast<std::size_t>(newCount) + 1;
+        mins.assign(slots, Variant(Null{}));
+        maxs.assign(slots, Variant(Null{}));
+    }
     rangeCount_ = newCount;
     minValues_ = std::move(mins);
     maxValues_ = std::move(maxs);
@@ -264,11 +268,10 @@ void CType::SetFromObject(const Ref<CType>& toCopy) {
         Variant scaling;
     } ranges;
     if (ownsRanges(kind)) {
+        // MinValues and MaxValues follow MaxRangeNo's kind rule, and hold
+        // exactly MaxRangeNo + 1 ends once it is set.
         ranges.count = source.MaxRangeNo();
-        for (std::int32_t i = 0; i <= ranges.count; ++i) {
-            ranges.mins.push_back(source.MinValues(i));
-            ranges.maxs.push_back(source.MaxValues(i));
-        }
+        if (ranges.count >= 0) ranges.mins = source.minValues_, ranges.maxs = source.maxValues_;
         ranges.scaling = source.ScalingFactor();
     }
     Child<CEnumeratorSet> enumerators;
@@ -285,11 +288,7 @@ void CType::SetFromObject(const Ref<CType>& toCopy) {
     SetKind(kind);
     if (ownsSize(kind)) SetSize(source.Size());
     if (ownsRanges(kind)) {
-        SetMaxRangeNo(ranges.count);
-        for (std::int32_t i = 0; i <= ranges.count; ++i) {
-            SetMinValues(i, ranges.mins[static_cast<std::size_t>(i)]);
-            SetMaxValues(i, ranges.maxs[static_cast<std::size_t>(i)]);
-        }
+        replaceRanges(ranges.count, std::move(ranges.mins), std::move(ranges.maxs));
         SetScalingFactor(ranges.scaling);
         SetDisplayFormat(source.DisplayFormat());
         SetEditFormat(source.EditFormat());

@@ -91,7 +91,7 @@ private:
     Text name_;
     Factory factory_;
     std::vector<MemberInfo> members_;
-    std::unordered_map<Text, std::size_t> byName_;  // folded name -> index
+    std::unordered_map<Text, std::size_t, TextIgnoringCaseHash, TextIgnoringCaseEqual> byName_;  // name -> index
     std::unordered_map<DispId, std::size_t> byId_;
 };
 

@@ -82,6 +82,8 @@ public:
     Variant ToString(std::int16_t infoLevel = 1) const;
 
 private:
+    // MaxRangeNo's let with the range ends given; none given: Null ends.
+    void replaceRanges(std::int16_t newCount, std::vector<Variant> mins = {}, std::vector<Variant> maxs = {});
     // The members that the kind rules guard; one rule row each.
     enum class Checked : std::uint8_t {
         Size,
