@@ -109,16 +109,16 @@ Variant CDataItem::ToString(std::int16_t infoLevel) const {
     if (definition_) out += concatText(definition_->ToString(infoLevel));
     if (infoLevel > 1) {
         const std::int16_t lower = childLevel(infoLevel);
-        out += u", Kind:" + decimal(kind_);
-        if (kind_ == dddiTValue) out += u", Value:" + concatText(value_);
-        out += u", Mask:" + decimal(Mask);
-        out += u", Index:" + boolText(Index);
-        out += u", Info:" + boolText(Info);
+        out.append(u", Kind:").append(decimal(kind_));
+        if (kind_ == dddiTValue) out.append(u", Value:").append(concatText(value_));
+        out.append(u", Mask:").append(decimal(Mask));
+        out.append(u", Index:").append(boolText(Index));
+        out.append(u", Info:").append(boolText(Info));
         // The definition shows again here after the head; readers of this
         // text expect both.
         if (kind_ == dddiTDefinition) {
-            if (definition_) out += u", Definition:" + concatText(definition_->ToString(lower));
-            if (variable_) out += u", Variable:" + concatText(variable_->ToString(lower));
+            if (definition_) out.append(u", Definition:").append(concatText(definition_->ToString(lower)));
+            if (variable_) out.append(u", Variable:").append(concatText(variable_->ToString(lower)));
         }
     }
     return out + u"}";

@@ -52,8 +52,8 @@ Variant CMenu::ToString(std::int16_t infoLevel) const {
     if (infoLevel < 1) return Variant();
     Text out = renderHead(u"MENU{", infoLevel);
     if (infoLevel > 1) {
-        out += u", Label:" + Label + u", Review:" + boolText(review_);
-        if (Items) out += u", Items:" + concatText(Items.render(childLevel(infoLevel)));
+        out.append(u", Label:").append(Label + u", Review:" + boolText(review_));
+        if (Items) out.append(u", Items:").append(concatText(Items.render(childLevel(infoLevel))));
     }
     return out + u"}";
 }

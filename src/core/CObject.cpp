@@ -77,9 +77,9 @@ Variant CObject::ToString(std::int16_t infoLevel) const {
         if (!inner.isEmpty() && !inner.isNull()) out += inner.toText();
     }
     if (infoLevel > 1) {
-        out += u", AttributesAvailable:" + Variant(AttributesAvailable).toText();
-        out += u", ChangeLevel:" + decimal(ChangeLevel);
-        out += u", LastChangeLevel:" + decimal(LastChangeLevel);
+        out.append(u", AttributesAvailable:").append(Variant(AttributesAvailable).toText());
+        out.append(u", ChangeLevel:").append(decimal(ChangeLevel));
+        out.append(u", LastChangeLevel:").append(decimal(LastChangeLevel));
     }
     out += u"}";
     return out;

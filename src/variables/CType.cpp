@@ -348,7 +348,7 @@ Variant CType::ToString(std::int16_t infoLevel) const {
     Text out = u"Type{Kind:" + decimal(kind_) + u"}";
     if (infoLevel >= 2 && kind_ >= 0) {
         const auto child = static_cast<std::int16_t>(infoLevel - 1);
-        if (ownsSize(kind_)) out += u", Size:" + decimal(size_);
+        if (ownsSize(kind_)) out.append(u", Size:").append(decimal(size_));
         if (ownsRanges(kind_)) {
             out += u", Ranges:{";
             for (std::int32_t i = 0; i <= rangeCount_; ++i)
@@ -358,14 +358,14 @@ Variant CType::ToString(std::int16_t infoLevel) const {
                    u", EditFormat:" + editFormat_;
         }
         if (kind_ == ddvTEnumerator)
-            out += u", Enumerators:" + concatText(EnumeratorSet.render(child));
+            out.append(u", Enumerators:").append(concatText(EnumeratorSet.render(child)));
         if (kind_ == ddvTBitEnumerator)
-            out += u", BitEnumerators:" + concatText(BitEnumeratorSet.render(child));
+            out.append(u", BitEnumerators:").append(concatText(BitEnumeratorSet.render(child)));
         if (kind_ == ddvTIndex) {
-            if (arrayObject_) out += u", ArrayObject:" + concatText(arrayObject_->ToString(child));
+            if (arrayObject_) out.append(u", ArrayObject:").append(concatText(arrayObject_->ToString(child)));
             // The array object's text again, under the domain's label; the
             // domain itself is never printed. Callers compare this text.
-            if (domain_) out += u", Domain:" + concatText(checked(arrayObject_).ToString(child));
+            if (domain_) out.append(u", Domain:").append(concatText(checked(arrayObject_).ToString(child)));
         }
         if (kind_ == ddvTTimeValue)
             out += u", DisplayFormat:" + displayFormat_ + u", EditFormat:" + editFormat_ + u", TimeFormat:" +

@@ -192,28 +192,28 @@ Variant CVariable::ToString(std::int16_t infoLevel) const {
     }
     Text out = renderHead(u"VARIABLE{", infoLevel);
     if (infoLevel > 1) {
-        out += u", Value:" + concatText(value_);
-        out += u", Help:" + Help;
-        out += u", Label:" + Label;
-        out += u", ConstantUnit:" + ConstantUnit;
-        out += u", VariableUnit:" + VariableUnit;
-        if (UnitVariable) out += u", UnitVariable:" + concatText(UnitVariable->ToString(lower(infoLevel, 1)));
-        out += u", Available:" + boolText(available_);
-        out += u", DefaultValue:" + concatText(DefaultValue);
-        out += u", ToBeWritten:" + boolText(ToBeWritten);
-        out += u", Validity:" + boolText(Validity);
-        if (TypeInfo) out += u", TypeInfo:" + concatText(TypeInfo->ToString(lower(infoLevel, 1)));
+        out.append(u", Value:").append(concatText(value_));
+        out.append(u", Help:").append(Help);
+        out.append(u", Label:").append(Label);
+        out.append(u", ConstantUnit:").append(ConstantUnit);
+        out.append(u", VariableUnit:").append(VariableUnit);
+        if (UnitVariable) out.append(u", UnitVariable:").append(concatText(UnitVariable->ToString(lower(infoLevel, 1))));
+        out.append(u", Available:").append(boolText(available_));
+        out.append(u", DefaultValue:").append(concatText(DefaultValue));
+        out.append(u", ToBeWritten:").append(boolText(ToBeWritten));
+        out.append(u", Validity:").append(boolText(Validity));
+        if (TypeInfo) out.append(u", TypeInfo:").append(concatText(TypeInfo->ToString(lower(infoLevel, 1))));
     }
     if (infoLevel >= 3) {
-        out += u", IsChecked:" + boolText(IsChecked);
-        out += u", InRecursion:" + boolText(InRecursion);
-        out += u", InReadRecursion:" + boolText(InReadRecursion);
-        out += u", ErrorText:" + ErrorText;
-        out += u", ErrorCode:" + decimal(ErrorCode);
-        out += u", LastSetTime:" + Variant(LastSetTime).toText();
-        out += u", ReadTimeout:" + decimal(ReadTimeout);
-        out += u", WriteTimeout:" + decimal(WriteTimeout);
-        out += u", m_Handling:" + handling_.text();
+        out.append(u", IsChecked:").append(boolText(IsChecked));
+        out.append(u", InRecursion:").append(boolText(InRecursion));
+        out.append(u", InReadRecursion:").append(boolText(InReadRecursion));
+        out.append(u", ErrorText:").append(ErrorText);
+        out.append(u", ErrorCode:").append(decimal(ErrorCode));
+        out.append(u", LastSetTime:").append(Variant(LastSetTime).toText());
+        out.append(u", ReadTimeout:").append(decimal(ReadTimeout));
+        out.append(u", WriteTimeout:").append(decimal(WriteTimeout));
+        out.append(u", m_Handling:").append(handling_.text());
         if (relations_) {
             // Printed twice: readers of this text expect both copies.
             const Text relations = u", m_Relations:" + concatText(relations_.render(lower(infoLevel, 2)));
