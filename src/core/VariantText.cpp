@@ -203,19 +203,24 @@ Text formatDate(Date d) {
     const bool showDate = !(whole == 0.0);
     const bool showTime = !(v == whole) || whole == 0.0;
     const DateTimeParts p = splitDate(v);
-    char buffer[64];
-    std::string out;
+    // Built by hand rather than by printf: every rendering of a variable
+    // prints its LastSetTime.
+    Text out;
+    const auto number = [&out](int n, bool twoDigits = false) {
+        if (twoDigits && n >= 0 && n < 10) out += u'0';
+        out += decimal(n);
+    };
     if (showDate) {
-        std::snprintf(buffer, sizeof buffer, "%d/%d/%d", p.date.month, p.date.day, p.date.year);
-        out = buffer;
+        number(p.date.month), out += u'/', number(p.date.day), out += u'/', number(p.date.year);
     }
     if (showTime) {
-        const int hour12 = p.hour % 12 == 0 ? 12 : p.hour % 12;
-        std::snprintf(buffer, sizeof buffer, "%s%d:%02d:%02d %s", showDate ? " " : "", hour12, p.minute, p.second,
-                      p.hour < 12 ? "AM" : "PM");
-        out += buffer;
+        if (showDate) out += u' ';
+        number(p.hour % 12 == 0 ? 12 : p.hour % 12), out += u':';
+        number(p.minute, true), out += u':';
+        number(p.second, true);
+        out += p.hour < 12 ? u" AM" : u" PM";
     }
-    return ascii(out);
+    return out;
 }
 
 }  // namespace tylhart
