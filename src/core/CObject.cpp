@@ -22,7 +22,7 @@ void CObject::SetFromObject(const Ref<CObject>& toCopy) {
         return;
     }
     // The construct copies itself; the result is held without the check.
-    held_ = invoke(toCopy->held_, u"GetCopy", Access::Method).toObject();
+    held_ = invoke(*toCopy->held_, Protocol::GetCopy, Access::Method).toObject();
     ChangeLevel = toCopy->ChangeLevel;
     LastChangeLevel = toCopy->LastChangeLevel;
     AttributesAvailable = toCopy->AttributesAvailable;
@@ -33,7 +33,7 @@ bool CObject::Compare(const Ref<CObject>& toCompare) const {
     if (!held_) return !toCompare->held_;
     if (!toCompare->held_) return false;
     Variant other[] = {Variant(toCompare->held_)};
-    return invoke(held_, u"Compare", Access::Method, other).toBoolean();
+    return invoke(*held_, Protocol::Compare, Access::Method, other).toBoolean();
 }
 
 void CObject::SetUntypedObject(const Ref<Object>& newObject) {
@@ -73,7 +73,7 @@ Variant CObject::ToString(std::int16_t infoLevel) const {
     if (held_) {
         // Same level as the handle's own, unlike containers.
         Variant level[] = {Variant(infoLevel)};
-        Variant inner = invoke(held_, u"ToString", Access::Method, level);
+        Variant inner = invoke(*held_, Protocol::ToString, Access::Method, level);
         if (!inner.isEmpty() && !inner.isNull()) out += inner.toText();
     }
     if (infoLevel > 1) {

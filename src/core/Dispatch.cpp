@@ -20,6 +20,7 @@ ClassInfo::ClassInfo(Text name, Factory factory, std::vector<MemberInfo> members
         byName_.emplace(members_[i].name, i);
         byId_.emplace(members_[i].id, i);
     }
+    protocol_ = {find(u"GetCopy"), find(u"Compare"), find(u"ToString")};
 }
 
 const MemberInfo* ClassInfo::find(DispId id) const noexcept {
@@ -87,6 +88,10 @@ Variant invoke(Object& target, DispId id, Access kind, Args args) {
 
 Variant invoke(Object& target, TextView name, Access kind, Args args) {
     return invokeMember(target, target.classInfo().find(name), kind, args);
+}
+
+Variant invoke(Object& target, Protocol member, Access kind, Args args) {
+    return invokeMember(target, target.classInfo().find(member), kind, args);
 }
 
 Variant invoke(const Ref<Object>& target, TextView name, Access kind, Args args) {

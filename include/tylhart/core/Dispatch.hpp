@@ -3,6 +3,7 @@
 // coercion, the type library listing and the Python module.
 #pragma once
 
+#include <array>
 #include <functional>
 #include <initializer_list>
 #include <span>
@@ -75,16 +76,25 @@ struct MemberInfo {
     bool has(Access a) const;
 };
 
+// The copy protocol's members, which the object handle calls on whatever
+// object it holds; each table finds them once, not by name on every call.
+enum class Protocol : std::uint8_t { GetCopy, Compare, ToString };
+
 class ClassInfo {
 public:
     using Factory = Ref<Object> (*)();
 
     ClassInfo(Text name, Factory factory, std::vector<MemberInfo> members);
+    // Moved, never copied: protocol_ points into members_.
+    ClassInfo(ClassInfo&&) noexcept = default;
+    ClassInfo(const ClassInfo&) = delete;
+    ClassInfo& operator=(const ClassInfo&) = delete;
 
     const Text& name() const noexcept { return name_; }
     std::span<const MemberInfo> members() const noexcept { return members_; }
     const MemberInfo* find(DispId id) const noexcept;
     const MemberInfo* find(TextView name) const;  // ignores case, as Automation does
+    const MemberInfo* find(Protocol member) const noexcept { return protocol_[static_cast<std::size_t>(member)]; }
     Ref<Object> create() const { return factory_(); }
 
 private:
@@ -93,6 +103,7 @@ private:
     std::vector<MemberInfo> members_;
     std::unordered_map<Text, std::size_t, TextIgnoringCaseHash, TextIgnoringCaseEqual> byName_;  // name -> index
     std::unordered_map<DispId, std::size_t> byId_;
+    std::array<const MemberInfo*, 3> protocol_{};  // into members_, whose elements never move
 };
 
 // Late-bound calls. Arguments in the order the caller writes them; for let
@@ -100,6 +111,7 @@ private:
 // 438, a wrong argument count 450, a left-out required argument 449.
 Variant invoke(Object& target, DispId id, Access kind, Args args = {});
 Variant invoke(Object& target, TextView name, Access kind, Args args = {});
+Variant invoke(Object& target, Protocol member, Access kind, Args args = {});
 Variant invoke(const Ref<Object>& target, TextView name, Access kind, Args args = {});
 DispId dispIdOfName(const Object& target, TextView name);
 

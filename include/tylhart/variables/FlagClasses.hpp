@@ -29,7 +29,7 @@ public:
     }
     bool flag(std::int32_t index) const { return CFlagArray::flag(flags(), index); }
     void setFlag(std::int32_t index, bool value) { CFlagArray::setFlag(flags(), index, value); }
-    Text text() const { return flags(); }
+    const Text& text() const { return flags(); }
     void setText(const Text& text) { CFlagArray::assign(flags(), text); }
 
 private:
@@ -62,7 +62,7 @@ protected:
     Ref<Object> flagArray() const { return flags_.object(); }
     bool flag(Index index) const { return flags_.flag(index); }
     void setFlag(Index index, bool value) { flags_.setFlag(index, value); }
-    Text flagText() const { return flags_.text(); }
+    const Text& flagText() const { return flags_.text(); }
     void setFlagText(const Text& text) { flags_.setText(text); }
 
     // The flag accessors pass their index to the array by reference.
