@@ -102,33 +102,28 @@ std::int16_t CType::MaxRangeNo() const {
 }
 void CType::SetMaxRangeNo(std::int16_t newCount) { replaceRanges(newCount); }
 
-void CType::replaceRanges(std::int16_t newCount, std::vector<Variant> mins, std::vector<Variant> maxs) {
+void CType::replaceRanges(std::int16_t newCount, std::vector<RangeEnds> ends) {
     require(Checked::MaxRangeNo);
-    if (mins.empty()) {
-        const std::size_t slots = newCount < 0 ? 1 : static_cast<std::size_t>(newCount) + 1;
-        mins.assign(slots, Variant(Null{}));
-        maxs.assign(slots, Variant(Null{}));
-    }
+    if (ends.empty()) ends.assign(newCount < 0 ? 1 : static_cast<std::size_t>(newCount) + 1, {Null{}, Null{}});
     rangeCount_ = newCount;
-    minValues_ = std::move(mins);
-    maxValues_ = std::move(maxs);
+    ranges_ = std::move(ends);
 }
 
 Variant CType::MinValues(std::int32_t index) const {
     require(Checked::MinValues);
-    return valueAt(minValues_, index);
+    return valueAt(ranges_, index).min;
 }
 void CType::SetMinValues(std::int32_t index, const Variant& value) {
     require(Checked::MinValues);
-    valueAt(minValues_, index) = value;
+    valueAt(ranges_, index).min = value;
 }
 Variant CType::MaxValues(std::int32_t index) const {
     require(Checked::MaxValues);
-    return valueAt(maxValues_, index);
+    return valueAt(ranges_, index).max;
 }
 void CType::SetMaxValues(std::int32_t index, const Variant& value) {
     require(Checked::MaxValues);
-    valueAt(maxValues_, index) = value;
+    valueAt(ranges_, index).max = value;
 }
 
 Variant CType::ScalingFactor() const {
@@ -264,14 +259,14 @@ void CType::SetFromObject(const Ref<CType>& toCopy) {
     // itself keeps its ranges.
     struct Ranges {
         std::int16_t count = -1;
-        std::vector<Variant> mins, maxs;
+        std::vector<RangeEnds> ends;
         Variant scaling;
     } ranges;
     if (ownsRanges(kind)) {
         // MinValues and MaxValues follow MaxRangeNo's kind rule, and hold
         // exactly MaxRangeNo + 1 ends once it is set.
         ranges.count = source.MaxRangeNo();
-        if (ranges.count >= 0) ranges.mins = source.minValues_, ranges.maxs = source.maxValues_;
+        if (ranges.count >= 0) ranges.ends = source.ranges_;
         ranges.scaling = source.ScalingFactor();
     }
     Child<CEnumeratorSet> enumerators;
@@ -288,7 +283,7 @@ void CType::SetFromObject(const Ref<CType>& toCopy) {
     SetKind(kind);
     if (ownsSize(kind)) SetSize(source.Size());
     if (ownsRanges(kind)) {
-        replaceRanges(ranges.count, std::move(ranges.mins), std::move(ranges.maxs));
+        replaceRanges(ranges.count, std::move(ranges.ends));
         SetScalingFactor(ranges.scaling);
         SetDisplayFormat(source.DisplayFormat());
         SetEditFormat(source.EditFormat());
@@ -321,8 +316,9 @@ bool CType::Compare(const Ref<CType>& toCompare) const {
     if (ownsRanges(kind_)) {
         if (rangeCount_ != other.rangeCount_) return false;
         for (std::int32_t i = 0; i <= rangeCount_; ++i) {
-            if (!rangeEndsMatch(valueAt(minValues_, i), valueAt(other.minValues_, i))) return false;
-            if (!rangeEndsMatch(valueAt(maxValues_, i), valueAt(other.maxValues_, i))) return false;
+            const RangeEnds& mine = valueAt(ranges_, i);
+            const RangeEnds& theirs = valueAt(other.ranges_, i);
+            if (!rangeEndsMatch(mine.min, theirs.min) || !rangeEndsMatch(mine.max, theirs.max)) return false;
         }
         // No tolerance; a Null on either side counts as a difference.
         if (!variantEquals(scalingFactor_, other.scalingFactor_)) return false;
@@ -352,8 +348,8 @@ Variant CType::ToString(std::int16_t infoLevel) const {
         if (ownsRanges(kind_)) {
             out += u", Ranges:{";
             for (std::int32_t i = 0; i <= rangeCount_; ++i)
-                out += u" (" + decimal(i) + u":" + concatText(valueAt(minValues_, i)) + u" - " +
-                       concatText(valueAt(maxValues_, i)) + u")";
+                out += u" (" + decimal(i) + u":" + concatText(valueAt(ranges_, i).min) + u" - " +
+                       concatText(valueAt(ranges_, i).max) + u")";
             out += u"}, ScalingFactor:" + concatText(scalingFactor_) + u", DisplayFormat:" + displayFormat_ +
                    u", EditFormat:" + editFormat_;
         }

@@ -83,7 +83,8 @@ public:
 
 private:
     // MaxRangeNo's let with the range ends given; none given: Null ends.
-    void replaceRanges(std::int16_t newCount, std::vector<Variant> mins = {}, std::vector<Variant> maxs = {});
+    struct RangeEnds;
+    void replaceRanges(std::int16_t newCount, std::vector<RangeEnds> ends = {});
     // The members that the kind rules guard; one rule row each.
     enum class Checked : std::uint8_t {
         Size,
@@ -110,9 +111,12 @@ private:
     enumDDVariableType kind_ = ddvTUndefined;
     std::int16_t size_ = 0;
     std::int16_t rangeCount_ = -1;
-    // Same bounds always; a new type holds one Empty, a rebuilt one Nulls.
-    std::vector<Variant> minValues_ = std::vector<Variant>(1);
-    std::vector<Variant> maxValues_ = std::vector<Variant>(1);
+    // Range i's two ends in one entry, so all the ranges are one allocation.
+    // A new type holds one pair of Empty, a rebuilt one Nulls.
+    struct RangeEnds {
+        Variant min, max;
+    };
+    std::vector<RangeEnds> ranges_ = std::vector<RangeEnds>(1);
     Variant scalingFactor_ = 1.0;
     Text displayFormat_;
     Text editFormat_;
