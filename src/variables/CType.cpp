@@ -341,7 +341,9 @@ Variant CType::ToString(std::int16_t infoLevel) const {
     if (infoLevel < 1) return Variant();
     // The kind's own closing brace is always written, so the text ends in
     // two braces; callers compare this text.
-    Text out = u"Type{Kind:" + decimal(kind_) + u"}";
+    Text out;
+    out.reserve(infoLevel >= 2 ? 160 : 16);
+    out.append(u"Type{Kind:").append(decimal(kind_)).append(u"}");
     if (infoLevel >= 2 && kind_ >= 0) {
         const auto child = static_cast<std::int16_t>(infoLevel - 1);
         if (ownsSize(kind_)) out.append(u", Size:").append(decimal(size_));

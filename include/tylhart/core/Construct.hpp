@@ -57,7 +57,11 @@ protected:
 
     // Tag, then the definition rendered at the same level when one is set.
     Text renderHead(TextView tag, std::int16_t infoLevel) const {
-        Text out(tag);
+        Text out;
+        // Room for a typical rendering of the level, so the fields that
+        // follow are appended without growing the text again and again.
+        out.reserve(infoLevel > 1 ? 480 : 64);
+        out += tag;
         if (definition_) out += concatDefinition(infoLevel);
         return out;
     }
