@@ -19,7 +19,6 @@ public:
     static constexpr DispId FlagCountId = 103;
 
     CFlagArray() = default;
-    explicit CFlagArray(Text flags) noexcept : flags_(std::move(flags)) {}
 
     // A new array holds no flags; every flag a resize adds starts clear.
     std::int32_t FlagCount() const noexcept { return static_cast<std::int32_t>(flags_.size()); }
@@ -52,7 +51,10 @@ public:
     static void assign(Text& flags, const Text& text);
 
 private:
-    friend class detail::FlagArrayLink;  // reads and writes flags_ in place
+    // The owner's link makes its array from the flags it kept, and then
+    // reads and writes flags_ in place.
+    friend class detail::FlagArrayLink;
+    explicit CFlagArray(Text flags) noexcept : flags_(std::move(flags)) {}
 
     static std::size_t checkedIndex(const Text& flags, std::int32_t index);
 

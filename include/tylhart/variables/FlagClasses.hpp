@@ -24,7 +24,7 @@ public:
     explicit FlagArrayLink(std::int32_t count) { CFlagArray::resize(local_, count); }
 
     Ref<Object> object() const {
-        if (!array_) array_ = make<CFlagArray>(std::move(local_));
+        if (!array_) array_ = Ref<CFlagArray>(new CFlagArray(std::move(local_)));
         return array_;
     }
     bool flag(std::int32_t index) const { return CFlagArray::flag(flags(), index); }
