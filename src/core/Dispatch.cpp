@@ -1,5 +1,7 @@
 #include "tylhart/core/Dispatch.hpp"
 
+#include <iterator>
+
 #include "tylhart/core/Limits.hpp"
 
 namespace tylhart {
@@ -17,7 +19,7 @@ bool MemberInfo::has(Access a) const {
 ClassInfo::ClassInfo(Text name, Factory factory, std::vector<MemberInfo> members)
     : name_(std::move(name)), factory_(factory), members_(std::move(members)) {
     for (std::size_t i = 0; i < members_.size(); ++i) {
-        byName_.emplace(members_[i].name, i);
+        byName_.emplace(foldCase(members_[i].name), i);
         byId_.emplace(members_[i].id, i);
     }
     protocol_ = {find(u"GetCopy"), find(u"Compare"), find(u"ToString")};
@@ -29,7 +31,19 @@ const MemberInfo* ClassInfo::find(DispId id) const noexcept {
 }
 
 const MemberInfo* ClassInfo::find(TextView name) const {
-    auto it = byName_.find(name);
+    // Member names are short, so the folded probe is built on the stack; a
+    // longer name is folded into a text.
+    char16_t buffer[64];
+    Text longName;
+    TextView folded;
+    if (name.size() <= std::size(buffer)) {
+        for (std::size_t i = 0; i < name.size(); ++i) buffer[i] = foldCase(name[i]);
+        folded = TextView(buffer, name.size());
+    } else {
+        longName = foldCase(name);
+        folded = longName;
+    }
+    auto it = byName_.find(folded);
     return it == byName_.end() ? nullptr : &members_[it->second];
 }
 

@@ -101,7 +101,13 @@ private:
     Text name_;
     Factory factory_;
     std::vector<MemberInfo> members_;
-    std::unordered_map<Text, std::size_t, TextIgnoringCaseHash, TextIgnoringCaseEqual> byName_;  // name -> index
+    // Folded name -> index; probed by a folded view, so a look-up by a name
+    // of usual length allocates nothing.
+    struct ViewHash {
+        using is_transparent = void;
+        std::size_t operator()(TextView v) const noexcept { return std::hash<TextView>{}(v); }
+    };
+    std::unordered_map<Text, std::size_t, ViewHash, std::equal_to<>> byName_;
     std::unordered_map<DispId, std::size_t> byId_;
     std::array<const MemberInfo*, 3> protocol_{};  // into members_, whose elements never move
 };

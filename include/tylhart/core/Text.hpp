@@ -40,15 +40,4 @@ inline std::size_t hashIgnoringCase(TextView text, std::size_t seed = CaseInsens
     return seed;
 }
 
-// Hash and equality for maps keyed by text without regard to case; probes
-// by TextView allocate nothing.
-struct TextIgnoringCaseHash {
-    using is_transparent = void;
-    std::size_t operator()(TextView key) const noexcept { return hashIgnoringCase(key); }
-};
-struct TextIgnoringCaseEqual {
-    using is_transparent = void;
-    bool operator()(TextView a, TextView b) const noexcept { return equalsIgnoringCase(a, b); }
-};
-
 }  // namespace tylhart
