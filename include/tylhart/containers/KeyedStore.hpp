@@ -32,9 +32,17 @@ struct PrefixedKey {
 // and PrefixedKey probes so that look-ups allocate nothing.
 struct CaseInsensitiveHash {
     using is_transparent = void;
-    std::size_t operator()(TextView key) const noexcept { return hashIgnoringCase(key); }
+    std::size_t operator()(TextView key) const noexcept { return fold(Basis, key); }
     std::size_t operator()(const PrefixedKey& key) const noexcept {
-        return hashIgnoringCase(key.rest, hashIgnoringCase(TextView(&key.first, 1)));
+        return fold(step(Basis, key.first), key.rest);
+    }
+
+private:
+    static constexpr std::size_t Basis = 14695981039346656037ull;
+    static std::size_t step(std::size_t h, char16_t c) noexcept { return (h ^ foldCase(c)) * 1099511628211ull; }
+    static std::size_t fold(std::size_t h, TextView key) noexcept {
+        for (char16_t c : key) h = step(h, c);
+        return h;
     }
 };
 struct CaseInsensitiveEqual {

@@ -32,12 +32,4 @@ inline char16_t foldCase(char16_t c) noexcept {
 Text foldCase(TextView text);
 bool equalsIgnoringCase(TextView a, TextView b) noexcept;
 
-// FNV-1a over the folded characters, so texts equal without regard to case
-// hash alike; `seed` continues a hash already begun.
-inline constexpr std::size_t CaseInsensitiveHashBasis = 14695981039346656037ull;
-inline std::size_t hashIgnoringCase(TextView text, std::size_t seed = CaseInsensitiveHashBasis) noexcept {
-    for (char16_t c : text) seed = (seed ^ foldCase(c)) * 1099511628211ull;
-    return seed;
-}
-
 }  // namespace tylhart
