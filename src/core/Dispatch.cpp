@@ -1,6 +1,7 @@
 #include "tylhart/core/Dispatch.hpp"
 
-#include <iterator>
+#include <bit>
+#include <stdexcept>
 
 #include "tylhart/core/Limits.hpp"
 
@@ -16,35 +17,53 @@ bool MemberInfo::has(Access a) const {
     return false;
 }
 
+namespace {
+constexpr std::size_t NameHashBasis = 14695981039346656037ull;
+}
+
 ClassInfo::ClassInfo(Text name, Factory factory, std::vector<MemberInfo> members)
     : name_(std::move(name)), factory_(factory), members_(std::move(members)) {
+    nameSlots_.assign(std::bit_ceil(2 * members_.size() + 1), 0);
+    idSlots_.assign(nameSlots_.size(), 0);
+    const std::size_t mask = nameSlots_.size() - 1;
     for (std::size_t i = 0; i < members_.size(); ++i) {
-        byName_.emplace(foldCase(members_[i].name), i);
-        byId_.emplace(members_[i].id, i);
+        Text folded = foldCase(members_[i].name);
+        if (folded.size() > MaxNameLength)
+            throw std::logic_error("member name longer than ClassInfo::MaxNameLength");
+        std::size_t h = NameHashBasis;
+        for (char16_t c : folded) h = nameHash(h, c);
+        std::size_t slot = h & mask;
+        while (nameSlots_[slot] != 0 && foldedNames_[nameSlots_[slot] - 1] != folded) slot = (slot + 1) & mask;
+        if (nameSlots_[slot] == 0) nameSlots_[slot] = static_cast<std::uint16_t>(i + 1);  // the first of a name wins
+        foldedNames_.push_back(std::move(folded));
+        slot = idHash(members_[i].id) & mask;
+        while (idSlots_[slot] != 0 && members_[idSlots_[slot] - 1].id != members_[i].id) slot = (slot + 1) & mask;
+        if (idSlots_[slot] == 0) idSlots_[slot] = static_cast<std::uint16_t>(i + 1);
     }
     protocol_ = {find(u"GetCopy"), find(u"Compare"), find(u"ToString")};
 }
 
 const MemberInfo* ClassInfo::find(DispId id) const noexcept {
-    auto it = byId_.find(id);
-    return it == byId_.end() ? nullptr : &members_[it->second];
+    const std::size_t mask = idSlots_.size() - 1;
+    for (std::size_t slot = idHash(id) & mask;; slot = (slot + 1) & mask) {
+        const std::uint16_t member = idSlots_[slot];
+        if (member == 0) return nullptr;
+        if (members_[member - 1].id == id) return &members_[member - 1];
+    }
 }
 
 const MemberInfo* ClassInfo::find(TextView name) const {
-    // Member names are short, so the folded probe is built on the stack; a
-    // longer name is folded into a text.
-    char16_t buffer[64];
-    Text longName;
-    TextView folded;
-    if (name.size() <= std::size(buffer)) {
-        for (std::size_t i = 0; i < name.size(); ++i) buffer[i] = foldCase(name[i]);
-        folded = TextView(buffer, name.size());
-    } else {
-        longName = foldCase(name);
-        folded = longName;
+    if (name.size() > MaxNameLength) return nullptr;
+    char16_t folded[MaxNameLength];
+    std::size_t h = NameHashBasis;
+    for (std::size_t i = 0; i < name.size(); ++i) h = nameHash(h, folded[i] = foldCase(name[i]));
+    const TextView probe(folded, name.size());
+    const std::size_t mask = nameSlots_.size() - 1;
+    for (std::size_t slot = h & mask;; slot = (slot + 1) & mask) {
+        const std::uint16_t member = nameSlots_[slot];
+        if (member == 0) return nullptr;
+        if (foldedNames_[member - 1] == probe) return &members_[member - 1];
     }
-    auto it = byName_.find(folded);
-    return it == byName_.end() ? nullptr : &members_[it->second];
 }
 
 namespace detail {

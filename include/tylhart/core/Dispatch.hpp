@@ -10,7 +10,6 @@
 #include <string>
 #include <tuple>
 #include <type_traits>
-#include <unordered_map>
 #include <vector>
 
 #include "tylhart/core/Child.hpp"
@@ -101,14 +100,22 @@ private:
     Text name_;
     Factory factory_;
     std::vector<MemberInfo> members_;
-    // Folded name -> index; probed by a folded view, so a look-up by a name
-    // of usual length allocates nothing.
-    struct ViewHash {
-        using is_transparent = void;
-        std::size_t operator()(TextView v) const noexcept { return std::hash<TextView>{}(v); }
-    };
-    std::unordered_map<Text, std::size_t, ViewHash, std::equal_to<>> byName_;
-    std::unordered_map<DispId, std::size_t> byId_;
+    // Folded name -> member and identifier -> member: open-addressed tables
+    // of member numbers (0 = empty) with at least twice as many slots as
+    // members, so that a look-up hashes once and compares one or two
+    // entries. A name is folded and hashed in one pass on the stack.
+    // Late-bound callers look a member up on every call.
+    static constexpr std::size_t MaxNameLength = 64;  // no member name is longer
+    static std::size_t nameHash(std::size_t h, char16_t folded) noexcept {
+        return (h ^ folded) * 1099511628211ull;
+    }
+    std::vector<Text> foldedNames_;
+    std::vector<std::uint16_t> nameSlots_;
+    std::vector<std::uint16_t> idSlots_;
+    static std::size_t idHash(DispId id) noexcept {
+        return static_cast<std::size_t>((static_cast<std::uint64_t>(static_cast<std::uint32_t>(id)) *
+                                         0x9E3779B97F4A7C15ull) >> 32);
+    }
     std::array<const MemberInfo*, 3> protocol_{};  // into members_, whose elements never move
 };
 
@@ -142,7 +149,7 @@ struct Marshal;  // from(Variant) -> T, to(T) -> Variant, typeName()
     template <>                                                             \
     struct Marshal<T> {                                                     \
         static T from(const Variant& v) { return v.conv(); }                \
-        static Variant to(T v) { return Variant(v); }                       \
+        static Variant to(T v) { return Variant(std::move(v)); }            \
         static Text typeName() { return tname; }                            \
     };
 TYLHART_SCALAR_MARSHAL(std::int16_t, toInteger, u"Integer")
