@@ -100,11 +100,4 @@ Text foldCase(TextView text) {
     return out;
 }
 
-bool equalsIgnoringCase(TextView a, TextView b) noexcept {
-    if (a.size() != b.size()) return false;
-    for (std::size_t i = 0; i < a.size(); ++i)
-        if (foldCase(a[i]) != foldCase(b[i])) return false;
-    return true;
-}
-
 }  // namespace tylhart

@@ -65,9 +65,9 @@ struct CaseInsensitiveEqual {
 // so an insertion or removal shifts one block's 2-byte offsets and touches
 // no other block. A block only ever appended to (most of them: lists and
 // sets are mostly built by appending) knows that its slots are its
-// offsets, and a read skips the permutation. A plain vector shifts the whole tail instead, and a
-// linked list walks for a position; this costs O(Capacity + log n) for
-// both.
+// offsets, keeps no permutation at all, and a read skips it. A plain
+// vector shifts the whole tail instead, and a linked list walks for a
+// position; this costs O(Capacity + log n) for both.
 // A key's index node records the block and slot of its entry, so a key
 // finds its element in O(1) and its position in O(log n) (its rank plus the
 // sizes of the blocks before it). A node is rewritten only when its entry
@@ -80,9 +80,13 @@ struct CaseInsensitiveEqual {
 // a new block so that stores built by appending stay full. A block below a
 // quarter merges with a neighbour when both fit in half a block, so no two
 // neighbours are both that small and there are at most 8n/Capacity + 1
-// blocks. A small store is one block whose vectors grow as needed (a set of
-// three holds three entries and six offsets), with no tree; an empty store
-// allocates nothing.
+// blocks. A small store (up to SmallSize elements: an enumerator set, a
+// command's transactions) is one block whose entries grow as needed, with
+// no tree and no hash index: its keys sit beside the entries, slot by slot,
+// and a look-up compares them in turn, which for a few keys costs less
+// than hashing one and saves a heap node per key. A store that outgrows it
+// moves its keys into the index for good, until it is empty again. An empty
+// store allocates nothing.
 // Errors are the runtime's: a bad position 9, a missing key 5, a duplicate
 // key 457, and every refused call leaves the store unchanged.
 template <class T, std::size_t Capacity = 512>
@@ -103,12 +107,14 @@ class KeyedStore {
     struct Block {
         std::size_t ordinal = 0;    // position among the blocks
         std::vector<Entry> entries; // slots, in arrival order
-        std::vector<Offset> order;  // offset in the block -> slot
-        std::vector<Offset> rank;   // slot -> offset in the block
+        std::vector<Offset> order;  // offset in the block -> slot, unless ordered
+        std::vector<Offset> rank;   // slot -> offset in the block, unless ordered
         bool ordered = true;        // every slot is its offset, as appending leaves a block
         std::size_t size() const noexcept { return entries.size(); }
         std::size_t slotAt(std::size_t offset) const noexcept { return ordered ? offset : order[offset]; }
+        std::size_t offsetOf(std::size_t slot) const noexcept { return ordered ? slot : rank[slot]; }
     };
+    static constexpr std::size_t SmallSize = std::min<std::size_t>(16, Capacity);
 
 public:
     KeyedStore() = default;
@@ -117,22 +123,28 @@ public:
         if (this == &other) return *this;
         clear();
         reserve(other.size());
-        index_.reserve(other.index_.size());
-        other.forEachEntry([&](const Entry& e) {
-            append(e.value, e.node ? std::optional<Text>(e.node->first) : std::nullopt);
-            return true;
-        });
+        if (other.size_ > SmallSize) {
+            indexed_ = true;
+            index_.reserve(other.index_.size());
+        }
+        for (const auto& block : other.blocks_)
+            for (std::size_t offset = 0; offset < block->size(); ++offset) {
+                const std::size_t slot = block->slotAt(offset);
+                const Text* key = other.keyAt(*block, slot);
+                append(block->entries[slot].value, key ? std::optional<Text>(*key) : std::nullopt);
+            }
         return *this;
     }
-    KeyedStore(KeyedStore&& other) noexcept
-        : blocks_(std::move(other.blocks_)), tree_(std::move(other.tree_)), index_(std::move(other.index_)),
-          size_(std::exchange(other.size_, 0)) {}
+    KeyedStore(KeyedStore&& other) noexcept { *this = std::move(other); }
     KeyedStore& operator=(KeyedStore&& other) noexcept {
         if (this == &other) return *this;
         blocks_ = std::move(other.blocks_);
         tree_ = std::move(other.tree_);
         index_ = std::move(other.index_);
+        smallKeys_ = std::move(other.smallKeys_);
+        indexed_ = std::exchange(other.indexed_, false);
         size_ = std::exchange(other.size_, 0);
+        other.clear();
         return *this;
     }
 
@@ -155,21 +167,19 @@ public:
     // Key is a TextView or a PrefixedKey.
     template <class Key>
     std::optional<std::size_t> find(const Key& key) const {
-        auto it = index_.find(probe(key));
-        if (it == index_.end()) return std::nullopt;
-        const Place& at = it->second;
-        return before(at.block->ordinal) + at.block->rank[at.slot];
+        const Place at = placeOf(key);
+        if (!at.block) return std::nullopt;
+        return before(at.block->ordinal) + at.block->offsetOf(at.slot);
     }
     template <class Key>
     bool contains(const Key& key) const {
-        return index_.find(probe(key)) != index_.end();
+        return placeOf(key).block != nullptr;
     }
     // The element stored under Key, or null; needs no position.
     template <class Key>
     const T* lookup(const Key& key) const {
-        auto it = index_.find(probe(key));
-        if (it == index_.end()) return nullptr;
-        return &it->second.block->entries[it->second.slot].value;
+        const Place at = placeOf(key);
+        return at.block ? &at.block->entries[at.slot].value : nullptr;
     }
     // The element stored under Key, or the missing-key error.
     template <class Key>
@@ -195,6 +205,19 @@ public:
 
     // Inserts Value at 0-based Index (size() appends) under an optional key.
     void insert(std::size_t index, T value, std::optional<Text> key = std::nullopt) {
+        if (!indexed_ && size_ >= SmallSize) moveKeysToIndex();
+        if (!indexed_) {
+            if (key && placeOf(TextView(*key)).block) errors::raise(errors::Runtime::DuplicateKey);
+            // Room for the key beside its entry first; keys start with the
+            // first keyed element, so a list without keys keeps none.
+            if (key || !smallKeys_.empty()) {
+                smallKeys_.resize(size_);
+                makeRoom(smallKeys_);
+            }
+            place(index, Entry{std::move(value), nullptr});
+            if (!smallKeys_.empty() || key) smallKeys_.push_back(std::move(key));  // the new entry's slot is the last
+            return;
+        }
         Node* node = nullptr;
         if (key) {
             auto [it, added] = index_.try_emplace(std::move(*key));
@@ -214,19 +237,20 @@ public:
 
     void erase(std::size_t index) {
         auto [b, offset] = locate(index);
-        const Block& block = *blocks_[b];
-        if (Node* node = block.entries[block.order[offset]].node) index_.erase(node->first);
+        Block& block = *blocks_[b];
+        unorderFor(block, offset);
+        if (Node* node = block.entries[block.slotAt(offset)].node) index_.erase(node->first);
         unlink(b, offset);
     }
     // Removes the element stored under Key; false when there is none.
     template <class Key>
     bool eraseKey(const Key& key) {
-        auto it = index_.find(probe(key));
-        if (it == index_.end()) return false;
-        const Block& block = *it->second.block;
-        const std::size_t offset = block.rank[it->second.slot];
-        index_.erase(it);
-        unlink(block.ordinal, offset);
+        const Place at = placeOf(key);
+        if (!at.block) return false;
+        unorderFor(*at.block, at.block->offsetOf(at.slot));
+        const std::size_t offset = at.block->offsetOf(at.slot);
+        if (Node* node = at.block->entries[at.slot].node) index_.erase(node->first);
+        unlink(at.block->ordinal, offset);
         return true;
     }
 
@@ -234,6 +258,8 @@ public:
         blocks_.clear();
         tree_.clear();
         index_.clear();
+        smallKeys_.clear();
+        indexed_ = false;
         size_ = 0;
     }
     // Room for N elements without reallocating the block list, and the
@@ -242,10 +268,7 @@ public:
         blocks_.reserve(n / Capacity + 1);
         if (blocks_.empty() && n > 0) {
             auto first = std::make_unique<Block>();
-            const std::size_t room = std::min(n, Capacity);
-            first->entries.reserve(room);
-            first->order.reserve(room);
-            first->rank.reserve(room);
+            first->entries.reserve(std::min(n, Capacity));
             blocks_.push_back(std::move(first));
         }
     }
@@ -264,11 +287,69 @@ private:
     static TextView probe(TextView key) noexcept { return key; }
     static const PrefixedKey& probe(const PrefixedKey& key) noexcept { return key; }
 
+    // Where the element stored under Key is; no block when there is none.
+    template <class Key>
+    Place placeOf(const Key& key) const {
+        if (!indexed_) {
+            for (std::size_t slot = 0; slot < smallKeys_.size(); ++slot)
+                if (smallKeys_[slot] && CaseInsensitiveEqual{}(TextView(*smallKeys_[slot]), probe(key)))
+                    return Place{blocks_.front().get(), slot};
+            return Place{};
+        }
+        auto it = index_.find(probe(key));
+        return it == index_.end() ? Place{} : it->second;
+    }
+    const Text* keyAt(const Block& block, std::size_t slot) const noexcept {
+        if (indexed_) return block.entries[slot].node ? &block.entries[slot].node->first : nullptr;
+        return slot < smallKeys_.size() && smallKeys_[slot] ? &*smallKeys_[slot] : nullptr;
+    }
+    // A small store grows out of its keys beside the entries: each key gets
+    // its index node. All nodes are made before any entry points at one, so
+    // running out of memory here leaves the store as it was.
+    void moveKeysToIndex() {
+        Index index;
+        index.reserve(2 * SmallSize);
+        if (!blocks_.empty()) {
+            Block& block = *blocks_.front();
+            for (std::size_t slot = 0; slot < smallKeys_.size(); ++slot)
+                if (smallKeys_[slot]) index.try_emplace(*smallKeys_[slot], Place{&block, slot});
+            for (auto& node : index) block.entries[node.second.slot].node = &node;
+        }
+        index_ = std::move(index);
+        smallKeys_ = {};
+        indexed_ = true;
+    }
+
+    // Gives an ordered block its permutation, all or nothing, before an
+    // entry other than its last leaves it.
+    static void unorderFor(Block& block, std::size_t offset) {
+        if (block.ordered && offset + 1 != block.size()) unorder(block, block.size());
+    }
+    static void unorder(Block& block, std::size_t room) {
+        if (!block.ordered) return;
+        std::vector<Offset> order, rank;
+        order.reserve(room);
+        rank.reserve(room);
+        for (std::size_t i = 0; i < block.size(); ++i) {
+            order.push_back(static_cast<Offset>(i));
+            rank.push_back(static_cast<Offset>(i));
+        }
+        block.order = std::move(order);
+        block.rank = std::move(rank);
+        block.ordered = false;
+    }
+
     template <class F>
     bool forEachEntry(F&& f) const {
-        for (const auto& block : blocks_)
-            for (Offset slot : block->order)
-                if (!f(block->entries[slot])) return false;
+        for (const auto& block : blocks_) {
+            if (block->ordered) {
+                for (const Entry& e : block->entries)
+                    if (!f(e)) return false;
+            } else {
+                for (Offset slot : block->order)
+                    if (!f(block->entries[slot])) return false;
+            }
+        }
         return true;
     }
 
@@ -344,34 +425,45 @@ private:
                 if (offset >= half) ++b, offset -= half;
             }
         }
-        // Only room is made before this point; from here nothing throws.
+        // Only room is made before this point (a permutation made for a
+        // block that had none is the same order); from here nothing throws.
         Block& block = *blocks_[b];
         makeRoom(block.entries);
-        makeRoom(block.order);
-        makeRoom(block.rank);
         const auto slot = static_cast<Offset>(block.size());
-        block.ordered = block.ordered && offset == slot;
-        shiftRanks(block.rank, offset, 1);
-        block.rank.push_back(static_cast<Offset>(offset));
-        block.order.insert(block.order.begin() + static_cast<std::ptrdiff_t>(offset), slot);
+        if (!(block.ordered && offset == slot)) {
+            unorder(block, std::min(Capacity, std::max<std::size_t>(4, 2 * block.size())));
+            makeRoom(block.order);
+            makeRoom(block.rank);
+            shiftRanks(block.rank, offset, 1);
+            block.rank.push_back(static_cast<Offset>(offset));
+            block.order.insert(block.order.begin() + static_cast<std::ptrdiff_t>(offset), slot);
+        }
         if (entry.node) entry.node->second = Place{&block, slot};
         block.entries.push_back(std::move(entry));
         counted(b, +1);
     }
 
-    // Removes the entry at Offset of block B, whose key is already gone.
+    // Removes the entry at Offset of block B, whose index node is already
+    // gone; an ordered block loses only its last entry (unorderFor).
     void unlink(std::size_t b, std::size_t offset) noexcept {
         Block& block = *blocks_[b];
-        const std::size_t slot = block.order[offset];
-        block.ordered = block.ordered && offset + 1 == block.size();
+        const std::size_t slot = block.slotAt(offset);
+        const std::size_t last = block.size() - 1;
         [[maybe_unused]] T removed = std::move(block.entries[slot].value);  // released once the store is whole again
-        block.order.erase(block.order.begin() + static_cast<std::ptrdiff_t>(offset));
-        shiftRanks(block.rank, offset + 1, static_cast<Offset>(-1));
-        if (const std::size_t last = block.size() - 1; slot != last) relocate(block, last, slot);
+        if (!block.ordered) {
+            block.order.erase(block.order.begin() + static_cast<std::ptrdiff_t>(offset));
+            shiftRanks(block.rank, offset + 1, static_cast<Offset>(-1));
+            if (slot != last) relocate(block, last, slot);
+            block.rank.pop_back();
+        }
         block.entries.pop_back();
-        block.rank.pop_back();
+        if (!smallKeys_.empty()) {
+            if (slot != last) smallKeys_[slot] = std::move(smallKeys_[last]);
+            smallKeys_.pop_back();
+        }
         counted(b, -1);
         if (blocks_.size() > 1) rebalance(b);
+        if (size_ == 0) indexed_ = false;  // an emptied store is small again
     }
     // Adds Delta to every offset from From on; nothing to do when From is
     // past the last. Sixteen at a time, so that the compiler turns the inner
@@ -400,35 +492,35 @@ private:
     Block& insertBlock(std::size_t b, std::size_t room) {
         auto block = std::make_unique<Block>();
         block->entries.reserve(room);
-        block->order.reserve(room);
-        block->rank.reserve(room);
         if (!blocks_.empty()) tree_.reserve(std::bit_ceil(blocks_.size() + 1));
         Block& added = *block;
         blocks_.insert(blocks_.begin() + static_cast<std::ptrdiff_t>(b), std::move(block));
         return added;
     }
-    // Moves the second half of full block B into a new block after it.
+    // Moves the second half of full block B into a new block after it,
+    // which receives its entries in order and so needs no permutation.
     void split(std::size_t b) {
         const std::size_t half = blocks_[b]->size() / 2;
         Block& into = insertBlock(b + 1, blocks_[b]->size() - half);
         Block& from = *blocks_[b];
         for (std::size_t k = half; k < from.size(); ++k) {
-            Entry& e = from.entries[from.order[k]];
+            Entry& e = from.entries[from.slotAt(k)];
             if (e.node) e.node->second = Place{&into, k - half};
             into.entries.push_back(std::move(e));
-            into.order.push_back(static_cast<Offset>(k - half));
-            into.rank.push_back(static_cast<Offset>(k - half));
         }
-        // Fill the slots left below Half with the staying entries above it.
-        std::size_t hole = 0;
-        for (std::size_t s = half; s < from.size(); ++s) {
-            if (from.rank[s] >= half) continue;
-            while (from.rank[hole] < half) ++hole;
-            relocate(from, s, hole++);
+        // Fill the slots left below Half with the staying entries above it
+        // (an ordered block keeps exactly its first half of slots).
+        if (!from.ordered) {
+            std::size_t hole = 0;
+            for (std::size_t s = half; s < from.size(); ++s) {
+                if (from.rank[s] >= half) continue;
+                while (from.rank[hole] < half) ++hole;
+                relocate(from, s, hole++);
+            }
+            from.order.resize(half);
+            from.rank.resize(half);
         }
         from.entries.erase(from.entries.begin() + static_cast<std::ptrdiff_t>(half), from.entries.end());
-        from.order.resize(half);
-        from.rank.resize(half);
         reshaped();
     }
     // After block B lost an element: drop it when empty, merge it with a
@@ -449,10 +541,15 @@ private:
         Block& into = *blocks_[b];
         Block& from = *blocks_[b + 1];
         const std::size_t base = into.size(), total = base + from.size();
+        const bool ordered = into.ordered && from.ordered;
         try {
             into.entries.reserve(total);
-            into.order.reserve(total);
-            into.rank.reserve(total);
+            if (!ordered) {
+                unorder(into, total);
+                unorder(from, from.size());
+                into.order.reserve(total);
+                into.rank.reserve(total);
+            }
         } catch (const std::bad_alloc&) {
             return;
         }
@@ -460,17 +557,19 @@ private:
             Entry& e = from.entries[s];
             if (e.node) e.node->second = Place{&into, base + s};
             into.entries.push_back(std::move(e));
-            into.rank.push_back(static_cast<Offset>(base + from.rank[s]));
+            if (!ordered) into.rank.push_back(static_cast<Offset>(base + from.rank[s]));
         }
-        for (Offset slot : from.order) into.order.push_back(static_cast<Offset>(base + slot));
-        into.ordered = into.ordered && from.ordered;
+        if (!ordered)
+            for (Offset slot : from.order) into.order.push_back(static_cast<Offset>(base + slot));
         blocks_.erase(blocks_.begin() + static_cast<std::ptrdiff_t>(b + 1));
         reshaped();
     }
 
     std::vector<std::unique_ptr<Block>> blocks_;
     std::vector<std::size_t> tree_;  // Fenwick tree of block sizes, when there are two or more blocks
-    Index index_;
+    Index index_;                                  // keys, once indexed_
+    std::vector<std::optional<Text>> smallKeys_;   // keys by slot of the one block, until indexed_
+    bool indexed_ = false;
     std::size_t size_ = 0;
 };
 

@@ -25,13 +25,11 @@ class Set : public Container<Derived, Element> {
 
 public:
 
-    // Never replaces: a present key is the store's duplicate-key error and
-    // the set stays as it was.
+    // Never replaces: a present key is the store's duplicate-key error,
+    // raised before anything changes, and the set stays as it was.
     void Add(const Element& newElement) {
         self().check(newElement);
-        Text key = keyOf(newElement);
-        if (store_.contains(TextView(key))) errors::raise(errors::Runtime::DuplicateKey);
-        addUnder(newElement, std::move(key));
+        addUnder(newElement, keyOf(newElement));
     }
 
     // Replaces an element with the same key and moves it to the end. The

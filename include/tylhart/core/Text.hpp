@@ -30,6 +30,11 @@ inline char16_t foldCase(char16_t c) noexcept {
     return foldCaseBeyondAscii(c);
 }
 Text foldCase(TextView text);
-bool equalsIgnoringCase(TextView a, TextView b) noexcept;
+inline bool equalsIgnoringCase(TextView a, TextView b) noexcept {
+    if (a.size() != b.size()) return false;
+    for (std::size_t i = 0; i < a.size(); ++i)
+        if (a[i] != b[i] && foldCase(a[i]) != foldCase(b[i])) return false;
+    return true;
+}
 
 }  // namespace tylhart
