@@ -10,15 +10,15 @@ void CFlagArray::resize(Text& flags, std::int32_t count) {
     flags.resize(static_cast<std::size_t>(count), u'0');
 }
 
-std::size_t CFlagArray::checkedIndex(const Text& flags, std::int32_t index) {
-    if (index < 0 || static_cast<std::size_t>(index) >= flags.size()) errors::raise(errors::Runtime::SubscriptOutOfRange);
+std::size_t CFlagArray::checkedIndex(std::size_t count, std::int32_t index) {
+    if (index < 0 || static_cast<std::size_t>(index) >= count) errors::raise(errors::Runtime::SubscriptOutOfRange);
     return static_cast<std::size_t>(index);
 }
 
-bool CFlagArray::flag(const Text& flags, std::int32_t index) { return flags[checkedIndex(flags, index)] == u'1'; }
+bool CFlagArray::flag(const Text& flags, std::int32_t index) { return flags[checkedIndex(flags.size(), index)] == u'1'; }
 
 void CFlagArray::setFlag(Text& flags, std::int32_t index, bool value) {
-    flags[checkedIndex(flags, index)] = value ? u'1' : u'0';
+    flags[checkedIndex(flags.size(), index)] = value ? u'1' : u'0';
 }
 
 void CFlagArray::assign(Text& flags, const Text& text) {

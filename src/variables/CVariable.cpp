@@ -30,7 +30,6 @@ std::int64_t secondsBetween(Date from, Date to) { return secondOf(to) - secondOf
 }  // namespace
 
 CVariable::CVariable() {
-    handling_.setText(u"11");  // readable and writable
     SetAvailable(false);
 }
 
@@ -149,7 +148,7 @@ void CVariable::SetFromObject(const Ref<CVariable>& toCopy) {
     dynAvailability_ = source.DynAvailability();
     LastSetTime = source.LastSetTime;
     SetDefinition(checked(source.Definition()).GetCopy());
-    handling_.setText(source.handling_.text());
+    handling_.copyFrom(source.handling_);
     relations_ = copyChild(source.relations_);
 }
 
@@ -178,7 +177,7 @@ bool CVariable::Compare(const Ref<CVariable>& toCompare) const {
         IsChecked != other.IsChecked || InRecursion != other.InRecursion ||
         InReadRecursion != other.InReadRecursion)
         return false;
-    if (handling_.text() != other.handling_.text()) return false;
+    if (!handling_.sameFlags(other.handling_)) return false;
     return variantEqualsStrict(DefaultValue, other.DefaultValue);
 }
 

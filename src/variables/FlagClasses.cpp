@@ -27,11 +27,11 @@ Ref<Object> factory() {
 // ---- CVariableClass ----
 
 void CVariableClass::SetFromObject(const Ref<CVariableClass>& toCopy) {
-    setFlagText(checked(toCopy).flagText());
+    copyFlagsFrom(checked(toCopy));
 }
 
 bool CVariableClass::Compare(const Ref<CVariableClass>& toCompare) const {
-    return flagText() == checked(toCompare).flagText();
+    return sameFlags(checked(toCompare));
 }
 
 Variant CVariableClass::ToString(std::int16_t infoLevel) const {
@@ -52,10 +52,10 @@ const ::tylhart::ClassInfo& CVariableClass::staticClassInfo() {
 
 // ---- CMethodClass ----
 
-void CMethodClass::SetFromObject(const Ref<CMethodClass>& toCopy) { setFlagText(checked(toCopy).flagText()); }
+void CMethodClass::SetFromObject(const Ref<CMethodClass>& toCopy) { copyFlagsFrom(checked(toCopy)); }
 
 bool CMethodClass::Compare(const Ref<CMethodClass>& toCompare) const {
-    return flagText() == checked(toCompare).flagText();
+    return sameFlags(checked(toCompare));
 }
 
 Variant CMethodClass::ToString(std::int16_t infoLevel) const {
@@ -85,14 +85,14 @@ void COutputStatusClass::SetFromObject(const Ref<COutputStatusClass>& toCopy) {
     const COutputStatusClass& source = checked(toCopy);
     // The flags are the one step that can fail (a source array of another
     // count), so they go first and a refused copy changes nothing.
-    setFlagText(source.flagText());
+    copyFlagsFrom(source);
     kind_ = source.kind_;
     Range = source.Range;
 }
 
 bool COutputStatusClass::Compare(const Ref<COutputStatusClass>& toCompare) const {
     const COutputStatusClass& other = checked(toCompare);
-    return kind_ == other.kind_ && Range == other.Range && flagText() == other.flagText();
+    return kind_ == other.kind_ && Range == other.Range && sameFlags(other);
 }
 
 Variant COutputStatusClass::ToString(std::int16_t infoLevel) const {
@@ -126,13 +126,13 @@ CStatusClass::~CStatusClass() = default;
 void CStatusClass::SetFromObject(const Ref<CStatusClass>& toCopy) {
     const CStatusClass& source = checked(toCopy);
     Ref<COutputStatusClassSet> output = checked(source.Output).GetCopy();
-    setFlagText(source.flagText());
+    copyFlagsFrom(source);
     Output = std::move(output);
 }
 
 bool CStatusClass::Compare(const Ref<CStatusClass>& toCompare) const {
     const CStatusClass& other = checked(toCompare);
-    return checked(Output).Compare(other.Output) && flagText() == other.flagText();
+    return checked(Output).Compare(other.Output) && sameFlags(other);
 }
 
 Variant CStatusClass::ToString(std::int16_t infoLevel) const {

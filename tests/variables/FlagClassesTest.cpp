@@ -40,6 +40,11 @@ TEST(FlagClasses, HandOutTheirOwnArrayWhichRefusesIndexesOutsideItsCount) {
     for (const Shape& s : shapes) {
         SCOPED_TRACE(s.label);
         auto o = s.create();
+        // The same refusals while the owner still keeps its flags itself.
+        for (std::int32_t index : {-1, s.count}) {
+            EXPECT_EQ(raised([&] { setFlag(s, o, index); }), Subscript);
+            EXPECT_EQ(raised([&] { get(o, s.flag, index); }), Subscript);
+        }
         Ref<Object> array = call(o, s.getter).toObject();
         EXPECT_EQ(array.get(), call(o, s.getter).toObject().get());
         EXPECT_EQ(get(array, 103), Variant(s.count));
@@ -67,7 +72,24 @@ TEST(FlagClasses, CopiesAreEqualAndIndependent) {
         EXPECT_FALSE(equal(copy, object));
         EXPECT_EQ(raised([&] { call(object, u"SetFromObject", Ref<Object>()); }), NotSet);
         EXPECT_EQ(raised([&] { call(object, u"Compare", Ref<Object>()); }), NotSet);
-        EXPECT_EQ(flags(s, object), flagsWith(s, {0, 1}));
+        EXPECT_EQ(flags(s, object), flagsWith(s, {0, 1}));  // object's array is made from here on
+
+        // Between an owner with its array and one without, both ways.
+        auto fresh = s.create();
+        call(fresh, u"SetFromObject", object);
+        EXPECT_TRUE(equal(fresh, object) && equal(object, fresh));
+        let(fresh, s.flag, std::int32_t{0}, false);
+        EXPECT_FALSE(equal(fresh, object) || equal(object, fresh));
+        call(object, u"SetFromObject", fresh);
+        EXPECT_EQ(flags(s, object), flagsWith(s, {1}));
+        // A source whose array was resized cannot be copied, and the copy
+        // changes nothing.
+        let(call(object, s.getter).toObject(), CFlagArray::FlagCountId, s.count + 1);
+        auto target = s.create();
+        setFlag(s, target, 0);
+        EXPECT_EQ(raised([&] { call(target, u"SetFromObject", object); }), InvalidCall);
+        EXPECT_FALSE(equal(target, object));
+        EXPECT_EQ(flags(s, target), flagsWith(s, {0}));
     }
 }
 

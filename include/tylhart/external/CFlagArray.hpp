@@ -56,7 +56,8 @@ private:
     friend class detail::FlagArrayLink;
     explicit CFlagArray(Text flags) noexcept : flags_(std::move(flags)) {}
 
-    static std::size_t checkedIndex(const Text& flags, std::int32_t index);
+    // Index as a position among Count flags, or "Subscript out of range".
+    static std::size_t checkedIndex(std::size_t count, std::int32_t index);
 
     // Held in the text form itself ("0" and "1"): owners read and write the
     // whole text to copy, compare and render, so that costs one copy of it.

@@ -145,7 +145,7 @@ private:
     std::int32_t dynAvailability_ = -1;
     std::int32_t availability_ = -1;
     Variant value_;
-    detail::FlagArrayLink handling_{2};
+    detail::FlagArrayLink handling_{2, 0b11};  // readable and writable
     Child<CVariableDefinitionSet> relations_;
 };
 

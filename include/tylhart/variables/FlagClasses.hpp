@@ -14,28 +14,66 @@ class COutputStatusClassSet;
 
 namespace detail {
 
-// The owner's link to its one flag array. The flags stay in the owner
-// until someone asks for the array object, which then holds them for good:
-// most owners are made, copied and compared without anyone asking. Flag
-// indexes go to the array's rules unchecked: whatever they do with an
-// index outside the count reaches the caller unchanged.
+// The owner's link to its one flag array. The flags stay in the owner,
+// one bit each, until someone asks for the array object, which then holds
+// them for good: most owners are made, copied and compared without anyone
+// asking, and a copy of a few bits allocates nothing. Flag indexes go to
+// the array's rules unchecked: whatever they do with an index outside the
+// count reaches the caller unchanged.
 class FlagArrayLink {
 public:
-    explicit FlagArrayLink(std::int32_t count) { CFlagArray::resize(local_, count); }
+    static constexpr std::int32_t MaxLocalCount = 32;
+    // Count flags, those of Set (bit i for flag i) set.
+    explicit FlagArrayLink(std::int32_t count, std::uint32_t set = 0) noexcept : bits_(set), count_(count) {}
 
     Ref<Object> object() const {
-        if (!array_) array_ = Ref<CFlagArray>(new CFlagArray(std::move(local_)));
+        if (!array_) array_ = Ref<CFlagArray>(new CFlagArray(localText()));
         return array_;
     }
-    bool flag(std::int32_t index) const { return CFlagArray::flag(flags(), index); }
-    void setFlag(std::int32_t index, bool value) { CFlagArray::setFlag(flags(), index, value); }
-    const Text& text() const { return flags(); }
-    void setText(const Text& text) { CFlagArray::assign(flags(), text); }
+    bool flag(std::int32_t index) const {
+        if (array_) return CFlagArray::flag(array_->flags_, index);
+        return (bits_ >> CFlagArray::checkedIndex(static_cast<std::size_t>(count_), index)) & 1u;
+    }
+    void setFlag(std::int32_t index, bool value) {
+        if (array_) return CFlagArray::setFlag(array_->flags_, index, value);
+        const std::uint32_t bit = 1u << CFlagArray::checkedIndex(static_cast<std::size_t>(count_), index);
+        bits_ = value ? bits_ | bit : bits_ & ~bit;
+    }
+    // The flags text, "1" set and "0" clear in index order.
+    Text text() const { return array_ ? array_->flags_ : localText(); }
+    void setText(const Text& text) {
+        if (array_) return CFlagArray::assign(array_->flags_, text);
+        Text checked = localText();
+        CFlagArray::assign(checked, text);  // the array's rules, all or nothing
+        bits_ = bitsOf(checked);
+    }
+    // As setText(source.text()) and text() == other.text(), without
+    // making a text while both keep their flags locally.
+    void copyFrom(const FlagArrayLink& source) {
+        if (!array_ && !source.array_ && count_ == source.count_) bits_ = source.bits_;
+        else setText(source.text());
+    }
+    bool sameFlags(const FlagArrayLink& other) const {
+        if (!array_ && !other.array_ && count_ == other.count_) return bits_ == other.bits_;
+        return text() == other.text();
+    }
 
 private:
-    Text& flags() const { return array_ ? array_->flags_ : local_; }
+    Text localText() const {
+        Text out(static_cast<std::size_t>(count_), u'0');
+        for (std::int32_t i = 0; i < count_; ++i)
+            if ((bits_ >> i) & 1u) out[static_cast<std::size_t>(i)] = u'1';
+        return out;
+    }
+    static std::uint32_t bitsOf(const Text& flags) noexcept {
+        std::uint32_t bits = 0;
+        for (std::size_t i = 0; i < flags.size(); ++i)
+            if (flags[i] == u'1') bits |= 1u << i;
+        return bits;
+    }
 
-    mutable Text local_;
+    std::uint32_t bits_ = 0;
+    std::int32_t count_;
     mutable Ref<CFlagArray> array_;
 };
 
@@ -56,14 +94,18 @@ public:
     }
 
 protected:
+    static_assert(Count <= detail::FlagArrayLink::MaxLocalCount);
     FlagClass() : flags_(Count) {}
 
     // The array itself, not a copy: changes made through it are the owner's.
     Ref<Object> flagArray() const { return flags_.object(); }
     bool flag(Index index) const { return flags_.flag(index); }
     void setFlag(Index index, bool value) { flags_.setFlag(index, value); }
-    const Text& flagText() const { return flags_.text(); }
-    void setFlagText(const Text& text) { flags_.setText(text); }
+    Text flagText() const { return flags_.text(); }
+    // Copying fails, and changes nothing, when the source's array was given
+    // another count than this owner's flags have.
+    void copyFlagsFrom(const FlagClass& source) { flags_.copyFrom(source.flags_); }
+    bool sameFlags(const FlagClass& other) const { return flags_.sameFlags(other.flags_); }
 
     // The flag accessors pass their index to the array by reference.
     static Param indexParam() { return Param{u"Index", Missing{}, false, true}; }
