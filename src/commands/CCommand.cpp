@@ -44,7 +44,7 @@ Variant CTransaction::ToString(std::int16_t infoLevel) const {
         if (Reply) out.append(u", Reply:").append(concatText(ResponseCodes.render(lower)));
         if (ResponseCodes) out.append(u", ResponseCodes:").append(concatText(ResponseCodes.render(lower)));
     }
-    return out + u"}";
+    return std::move(out) + u"}";
 }
 
 const ClassInfo& CTransaction::staticClassInfo() {
@@ -111,7 +111,7 @@ Variant CCommand::ToString(std::int16_t infoLevel) const {
         if (Transactions) out.append(u", Transactions:").append(concatText(Transactions.render(lower)));
         if (ResponseCodes) out.append(u", ResponseCodes:").append(concatText(ResponseCodes.render(lower)));
     }
-    return out + u"}";
+    return std::move(out) + u"}";
 }
 
 const ClassInfo& CCommand::staticClassInfo() {
@@ -154,7 +154,7 @@ Variant CTransactionDef::ToString(std::int16_t infoLevel) const {
     if (infoLevel < 1) return Variant();
     Text out = u"TransactionDef{Number:" + decimal(Number);
     if (infoLevel > 1 && command_) out.append(u", Command:").append(concatText(command_->ToString(childLevel(infoLevel))));
-    return out + u"}";
+    return std::move(out) + u"}";
 }
 
 const ClassInfo& CTransactionDef::staticClassInfo() {

@@ -121,7 +121,7 @@ Variant CDataItem::ToString(std::int16_t infoLevel) const {
             if (variable_) out.append(u", Variable:").append(concatText(variable_->ToString(lower)));
         }
     }
-    return out + u"}";
+    return std::move(out) + u"}";
 }
 
 const ClassInfo& CDataItem::staticClassInfo() {

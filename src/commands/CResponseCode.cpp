@@ -30,7 +30,7 @@ Variant CResponseCode::ToString(std::int16_t infoLevel) const {
     if (infoLevel < 1) return Variant();
     Text out = u"ResponseCode{Description:" + Description;
     if (infoLevel > 1) out.append(u", Value:").append(decimal(Value) + u", Kind:" + decimal(kind_) + u", Help:" + Help);
-    return out + u"}";
+    return std::move(out) + u"}";
 }
 
 const ClassInfo& CResponseCode::staticClassInfo() {

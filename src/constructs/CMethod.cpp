@@ -33,7 +33,7 @@ Variant CMethod::ToString(std::int16_t infoLevel) const {
         out.append(u", Uid:").append(decimal(Uid));
         out += childText(u", Class:", Class, infoLevel);
     }
-    return out + u"}";
+    return std::move(out) + u"}";
 }
 
 const ClassInfo& CMethod::staticClassInfo() {

@@ -54,7 +54,7 @@ Variant Record<Derived>::ToString(std::int16_t infoLevel) const {
         out.append(u", ").append(Text(Derived::KeyName) + u":" + concatText(Variant(static_cast<const Derived&>(*this).*Derived::Key)));
         out.append(u", Description:").append(Description + u", Help:" + Help);
     }
-    return out + u"}";
+    return std::move(out) + u"}";
 }
 
 template <class Derived>
@@ -144,7 +144,7 @@ Variant RecordConstruct<Derived>::ToString(std::int16_t infoLevel) const {
         if (const auto& children = static_cast<const Derived&>(*this).*Derived::Children)
             out.append(u", ").append(Text(Derived::ChildrenName) + u":" + concatText(children.render(childLevel(infoLevel))));
     }
-    return out + u"}";
+    return std::move(out) + u"}";
 }
 
 template <class Derived>

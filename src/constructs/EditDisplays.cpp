@@ -57,7 +57,7 @@ Variant CEditDisplay::ToString(std::int16_t infoLevel) const {
         add(u", PreEditActions:", PreEditActions);
         add(u", PostEditActions:", PostEditActions);
     }
-    return out + u"}";
+    return std::move(out) + u"}";
 }
 
 const ClassInfo& CEditDisplay::staticClassInfo() {

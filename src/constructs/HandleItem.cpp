@@ -65,7 +65,7 @@ Variant HandleItem<Derived>::ToString(std::int16_t infoLevel) const {
         out += self().ownDetails();
         if (obj_) out.append(u", Object:").append(concatText(obj_->ToString(childLevel(infoLevel))));
     }
-    return out + u"}";
+    return std::move(out) + u"}";
 }
 
 template <class Derived>

@@ -55,7 +55,7 @@ Variant CMenu::ToString(std::int16_t infoLevel) const {
         out.append(u", Label:").append(Label + u", Review:" + boolText(review_));
         if (Items) out.append(u", Items:").append(concatText(Items.render(childLevel(infoLevel))));
     }
-    return out + u"}";
+    return std::move(out) + u"}";
 }
 
 const ClassInfo& CMenu::staticClassInfo() {

@@ -20,7 +20,7 @@ Variant renderWithShortForm(const char16_t* tag, const Ref<CDefinition>& definit
     if (infoLevel < 1) return out;
     out = tag + concatText(definition->ToString(infoLevel));
     if (infoLevel > 1) out += details();
-    return out + u"}";
+    return std::move(out) + u"}";
 }
 
 }  // namespace
@@ -113,7 +113,7 @@ Variant CUnit::ToString(std::int16_t infoLevel) const {
         out += childText(u", Reread:", Reread, infoLevel);
         out.append(u", InRecursion:").append(boolText(InRecursion));
     }
-    return out + u"}";
+    return std::move(out) + u"}";
 }
 
 const ClassInfo& CUnit::staticClassInfo() {
@@ -155,7 +155,7 @@ Variant CRefresh::ToString(std::int16_t infoLevel) const {
         out += childText(u", Changed:", Changed, infoLevel);
         out.append(u", InRecursion:").append(boolText(InRecursion));
     }
-    return out + u"}";
+    return std::move(out) + u"}";
 }
 
 const ClassInfo& CRefresh::staticClassInfo() {

@@ -7,6 +7,7 @@
 #include <cmath>
 #include <limits>
 #include <string>
+#include <utility>
 
 #include "VariantRules.hpp"
 #include "tylhart/core/Clock.hpp"
@@ -317,12 +318,13 @@ bool Variant::toBoolean() const {
     }
 }
 
-Text Variant::toText() const {
+Text Variant::toText() && {
+    if (Text* text = std::get_if<Text>(&value_)) return std::move(*text);
+    return std::as_const(*this).toText();
+}
+
+Text Variant::toText() const& {
     requireScalar(*this);
-    auto decimal = [](long long n) {
-        const std::string s = std::to_string(n);
-        return Text(s.begin(), s.end());
-    };
     switch (type()) {
         case VarType::Empty: return Text();
         case VarType::Integer: return decimal(*get<std::int16_t>());

@@ -72,7 +72,7 @@ Variant CCharArray::ToString(std::int16_t infoLevel) const {
     Variant args[] = {Variant(std::int32_t{0}), Variant(readLength())};
     Text out = u"CharArray{Text:" + invoke(buffer(), PrintTextId, Access::Get, args).toText();
     if (infoLevel > 1) out.append(u", Size:").append(decimal(Size));
-    return out + u"}";
+    return std::move(out) + u"}";
 }
 
 const ClassInfo& CCharArray::staticClassInfo() {

@@ -350,10 +350,10 @@ Variant CType::ToString(std::int16_t infoLevel) const {
         if (ownsRanges(kind_)) {
             out += u", Ranges:{";
             for (std::int32_t i = 0; i <= rangeCount_; ++i)
-                out += u" (" + decimal(i) + u":" + concatText(valueAt(ranges_, i).min) + u" - " +
-                       concatText(valueAt(ranges_, i).max) + u")";
-            out += u"}, ScalingFactor:" + concatText(scalingFactor_) + u", DisplayFormat:" + displayFormat_ +
-                   u", EditFormat:" + editFormat_;
+                out.append(u" (").append(decimal(i)).append(u":").append(concatText(valueAt(ranges_, i).min))
+                    .append(u" - ").append(concatText(valueAt(ranges_, i).max)).append(u")");
+            out.append(u"}, ScalingFactor:").append(concatText(scalingFactor_)).append(u", DisplayFormat:")
+                .append(displayFormat_).append(u", EditFormat:").append(editFormat_);
         }
         if (kind_ == ddvTEnumerator)
             out.append(u", Enumerators:").append(concatText(EnumeratorSet.render(child)));
@@ -369,7 +369,7 @@ Variant CType::ToString(std::int16_t infoLevel) const {
             out += u", DisplayFormat:" + displayFormat_ + u", EditFormat:" + editFormat_ + u", TimeFormat:" +
                    timeFormat_ + u", ScaleQualifier:" + decimal(scaleQualifier_);
     }
-    return out + u"}";
+    return std::move(out) + u"}";
 }
 
 const ClassInfo& CType::staticClassInfo() {

@@ -187,7 +187,7 @@ Variant CVariable::ToString(std::int16_t infoLevel) const {
     if (infoLevel < 1) {
         Text out = u"VARIABLE{";
         if (definition_) out += concatText(definition_->ToString(1));
-        return out + u"}";
+        return std::move(out) + u"}";
     }
     Text out = renderHead(u"VARIABLE{", infoLevel);
     if (infoLevel > 1) {
@@ -227,7 +227,7 @@ Variant CVariable::ToString(std::int16_t infoLevel) const {
         for (const auto& [label, list] : lists)
             if (*list) out += label + concatText(list->render(lower(infoLevel, 2)));
     }
-    return out + u"}";
+    return std::move(out) + u"}";
 }
 
 // ---- Member table ----

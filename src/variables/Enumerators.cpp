@@ -46,7 +46,7 @@ Variant CEnumerator::ToString(std::int16_t infoLevel) const {
     if (infoLevel < 1) return Variant();
     Text out = u"Enumerator{Description:" + Description;
     if (infoLevel > 1) out.append(u", Value:").append(decimal(Value) + u", Help:" + Help);
-    return out + u"}";
+    return std::move(out) + u"}";
 }
 
 const ClassInfo& CEnumerator::staticClassInfo() {
@@ -96,7 +96,7 @@ Variant CBitEnumerator::ToString(std::int16_t infoLevel) const {
         out += childText(u", Status:", Status, infoLevel);
         out += childText(u", Method:", Method, infoLevel);
     }
-    return out + u"}";
+    return std::move(out) + u"}";
 }
 
 const ClassInfo& CBitEnumerator::staticClassInfo() {

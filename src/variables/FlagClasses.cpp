@@ -101,7 +101,7 @@ Variant COutputStatusClass::ToString(std::int16_t infoLevel) const {
     // this label, so it stays letter for letter.
     Text out = u"OutputStatusClass{BESCHEIBUNG:" + flagText();
     if (infoLevel > 1) out.append(u", Kind:").append(decimal(kind_) + u", Range:" + decimal(Range));
-    return out + u"}";
+    return std::move(out) + u"}";
 }
 
 const ::tylhart::ClassInfo& COutputStatusClass::staticClassInfo() {
@@ -140,7 +140,7 @@ Variant CStatusClass::ToString(std::int16_t infoLevel) const {
     Text out = u"StatusClass{Other:" + flagText();
     if (infoLevel > 1 && Output)
         out.append(u", Output:").append(concatText(Output->ToString(childLevel(infoLevel))));
-    return out + u"}";
+    return std::move(out) + u"}";
 }
 
 const ::tylhart::ClassInfo& CStatusClass::staticClassInfo() {

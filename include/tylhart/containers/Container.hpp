@@ -34,12 +34,13 @@ protected:
     // rest still print; only a graph too deep or a text too long fails the
     // whole rendering, since a cut-off text would pass for a complete one.
     Text render(std::int16_t infoLevel) const {
-        Text out = Text(Derived::Label) + decimal(Count());
+        Text out(Derived::Label);
+        out.append(decimal(Count()));
         if (infoLevel > 1) {
             out += u", Items: {";
             store_.forEach([&](const Element& e) {
                 try {
-                    out += ElementOps<Element>::renderItem(e, static_cast<std::int16_t>(infoLevel - 1));
+                    ElementOps<Element>::renderItem(out, e, static_cast<std::int16_t>(infoLevel - 1));
                 } catch (const Error& e) {
                     if (e.number() == errors::numberOf(errors::Runtime::OutOfStackSpace) ||
                         e.number() == errors::numberOf(errors::Runtime::OutOfMemory))
@@ -49,7 +50,7 @@ protected:
             });
             out += u"}";
         }
-        return out + u"}";
+        return std::move(out) + u"}";
     }
 
     // Default policy hooks; an instance hides the ones it needs: check may

@@ -17,6 +17,13 @@ inline Text concatText(const Variant& v) {
     checkElements(static_cast<std::int64_t>(text.size()));
     return text;
 }
+// The same for a part made only to be appended: its text is moved out.
+inline Text concatText(Variant&& v) {
+    if (v.isEmpty() || v.isNull()) return Text();
+    Text text = std::move(v).toText();
+    checkElements(static_cast<std::int64_t>(text.size()));
+    return text;
+}
 
 // The level a child renders at: one less than its owner's, so each level
 // of nesting loses one level of detail.
@@ -31,7 +38,8 @@ template <class C>
 Text childText(const char16_t* label, const Ref<C>& child, std::int16_t infoLevel) {
     if (!child) return Text();
     DepthGuard nested;
-    return label + concatText(child->ToString(childLevel(infoLevel)));
+    Text part = concatText(child->ToString(childLevel(infoLevel)));
+    return Text(label).append(part);
 }
 template <class C>
 Text childText(const char16_t* label, const Child<C>& child, std::int16_t infoLevel) {
@@ -40,7 +48,8 @@ Text childText(const char16_t* label, const Child<C>& child, std::int16_t infoLe
     } else {
         if (!child) return Text();
         DepthGuard nested;
-        return label + concatText(child.render(childLevel(infoLevel)));
+        Text part = concatText(child.render(childLevel(infoLevel)));
+        return Text(label).append(part);
     }
 }
 
@@ -68,11 +77,13 @@ struct ElementOps<Ref<C>> {
         DepthGuard nested;
         return probe->Compare(element);
     }
-    // One item of a container rendering: a blank and the element's text.
-    static Text renderItem(const Ref<C>& e, std::int16_t level) {
+    // Appends one item of a container rendering: a blank and the element's
+    // text. Nothing is appended when the element fails.
+    static void renderItem(Text& out, const Ref<C>& e, std::int16_t level) {
         if (!e) errors::raise(errors::Runtime::ObjectNotSet);
         DepthGuard nested;
-        return u" " + concatText(e->ToString(level));
+        Text item = concatText(e->ToString(level));
+        out.append(u" ").append(item);
     }
     static Variant toVariant(const Ref<C>& e) { return Variant(Ref<Object>(e)); }
 };
@@ -81,7 +92,10 @@ template <>
 struct ElementOps<Variant> {
     static Variant copy(const Variant& v) { return v; }
     static bool equal(const Variant& probe, const Variant& element) { return variantEquals(probe, element); }
-    static Text renderItem(const Variant& v, std::int16_t) { return u" (" + concatText(v) + u")"; }
+    static void renderItem(Text& out, const Variant& v, std::int16_t) {
+        Text item = concatText(v);
+        out.append(u" (").append(item).append(u")");
+    }
     static Variant toVariant(const Variant& v) { return v; }
 };
 

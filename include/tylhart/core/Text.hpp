@@ -1,6 +1,7 @@
 // Text: counted UTF-16 strings, as the Automation string type holds them.
 #pragma once
 
+#include <iterator>
 #include <string>
 #include <string_view>
 
@@ -15,10 +16,19 @@ using TextView = std::u16string_view;
 Text fromUtf8(std::string_view utf8);
 std::string toUtf8(TextView text);
 
-// A number in plain decimal, as renderings write it.
+// A number in plain decimal, as renderings write it; written on the stack,
+// since renderings and set keys make one for nearly every number they meet.
 inline Text decimal(long long value) {
-    const std::string digits = std::to_string(value);
-    return Text(digits.begin(), digits.end());
+    char16_t digits[20];
+    char16_t* first = std::end(digits);
+    unsigned long long magnitude = value < 0 ? 0ull - static_cast<unsigned long long>(value)
+                                             : static_cast<unsigned long long>(value);
+    do {
+        *--first = static_cast<char16_t>(u'0' + magnitude % 10);
+        magnitude /= 10;
+    } while (magnitude != 0);
+    if (value < 0) *--first = u'-';
+    return Text(first, std::end(digits));
 }
 
 // Case folding used wherever keys are compared without regard to case.

@@ -110,7 +110,8 @@ public:
     // text, with Booleans as True/False. Empty gives the empty text; Null
     // raises Type mismatch, a Date outside the calendar Invalid procedure
     // call (5).
-    Text toText() const;
+    Text toText() const&;
+    Text toText() &&;  // moves a held text out instead of copying it
     // An object reference; Empty and Nothing give Nothing, others raise 13.
     Ref<Object> toObject() const;
 
