@@ -9,7 +9,7 @@ void CMethod::SetFromObject(const Ref<CMethod>& toCopy) {
     const CMethod& source = checked(toCopy);
     Ref<CDefinition> definition = checked(source.definition_).GetCopy();
     requireKind(definition, ObjectKind, DefinitionSource);
-    Ref<CMethodClass> methodClass = checked(source.Class).GetCopy();
+    Child<CMethodClass> methodClass = copyChild(source.Class);
     definition_ = std::move(definition);
     Class = std::move(methodClass);
     Label = source.Label;
@@ -21,7 +21,7 @@ void CMethod::SetFromObject(const Ref<CMethod>& toCopy) {
 bool CMethod::Compare(const Ref<CMethod>& toCompare) const {
     const CMethod& other = checked(toCompare);
     return Label == other.Label && Help == other.Help && Validity == other.Validity && Uid == other.Uid &&
-           checked(Class).Compare(other.Class) && definitionEquals(other);
+           Class.equals(other.Class) && definitionEquals(other);
 }
 
 Variant CMethod::ToString(std::int16_t infoLevel) const {

@@ -102,7 +102,9 @@ bool CVariable::Initialized() const { return checked(TypeInfo).Kind() != ddvTUnd
 
 bool CVariable::Available() {
     if (!available_) return false;
-    const std::int32_t period = checked(Class).ClassInfo(ddvCDynamic) ? dynAvailability_ : availability_;
+    // A class not yet made is a fresh one, with no flag set.
+    const bool dynamic = Class.made() && checked(Class).ClassInfo(ddvCDynamic);
+    const std::int32_t period = dynamic ? dynAvailability_ : availability_;
     // Reported unavailable when asked SOONER than the period after the
     // last stamp; at or after the period it stays available. Hosts depend
     // on this direction, so it is not turned round.
@@ -120,7 +122,7 @@ void CVariable::SetAvailable(bool newValue) {
 void CVariable::SetFromObject(const Ref<CVariable>& toCopy) {
     const CVariable& source = checked(toCopy);
     value_ = source.GetValuePlain();  // no defaulting, no normalisation
-    Class = checked(source.Class).GetCopy();
+    Class = copyChild(source.Class);
     ConstantUnit = source.ConstantUnit;
     VariableUnit = source.VariableUnit;
     UnitVariable = source.UnitVariable;  // shared, never copied
@@ -157,7 +159,7 @@ bool CVariable::Compare(const Ref<CVariable>& toCompare) const {
     if (!checked(definition_).Compare(other.Definition())) return false;
     if (!variantEqualsStrict(value_, other.GetValuePlain())) return false;
     if (ErrorText != other.ErrorText || ErrorCode != other.ErrorCode) return false;
-    if (!checked(Class).Compare(other.Class)) return false;
+    if (!Class.equals(other.Class)) return false;
     if (ConstantUnit != other.ConstantUnit || VariableUnit != other.VariableUnit) return false;
     if (!UnitVariable) {
         if (other.UnitVariable) return false;

@@ -30,16 +30,23 @@ TEST(Child, CopiesComparisonsAndRenderingsAsIfMade) {
     auto untouched = variable(), touched = variable();
     (void)touched->PostWriteActions->Count();
     (void)touched->Relations();
+    (void)touched->Class->ClassInfo(ddvCDynamic);
     EXPECT_EQ(text(untouched->ToString(3)), text(touched->ToString(3)));
     expectCompare(untouched, touched, true);
 
-    // The copy's list is its own, whether or not the source's was made.
+    // The copy's list and class are its own, whether or not the source's
+    // were made.
     for (const auto& source : {untouched, touched}) {
         auto copy = source->GetCopy();
         copy->PostWriteActions->Add(makeDefinition(u"m", ddoKMethodDef));
         EXPECT_EQ(source->PostWriteActions->Count(), 0);
         EXPECT_NE(copy->PostWriteActions.get(), source->PostWriteActions.get());
         expectCompare(copy, source, false);
+        copy = source->GetCopy();
+        copy->Class->SetClassInfo(ddvCDynamic, true);
+        expectCompare(copy, source, false);
+        EXPECT_FALSE(source->Class->ClassInfo(ddvCDynamic));
+        EXPECT_NE(copy->Class.get(), source->Class.get());
     }
 
     // Nothing assigned reads Nothing and fails a copy as before.

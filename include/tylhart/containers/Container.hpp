@@ -11,6 +11,7 @@ template <class Derived, class Element>
 class Container : public Object {
 public:
     using ElementType = Element;
+    static constexpr bool FreshAreAlike = true;  // see Child
 
     std::int32_t Count() const noexcept { return static_cast<std::int32_t>(store_.size()); }
 

@@ -66,10 +66,11 @@ public:
     friend bool operator==(const Child& a, const Child& b) { return a.ref() == b.ref(); }
     friend bool operator==(const Child& a, const Ref<T>& b) { return a.ref() == b; }
 
-    // Only for the containers: a fresh one copies into a fresh one, compares
-    // equal to another and renders the same every time, which is what lets
-    // a child not yet made stand for one unseen.
-    static constexpr bool StandsInFresh = requires { typename T::ElementType; };
+    // Only for classes whose fresh objects are all alike (containers and
+    // flag classes say so with FreshAreAlike): a fresh one copies into a
+    // fresh one, compares equal to another and renders the same every time,
+    // which is what lets a child not yet made stand for one unseen.
+    static constexpr bool StandsInFresh = requires { requires T::FreshAreAlike; };
 
     // The copy that SetFromObject stores: the source's child copied through
     // its GetCopy, or, when the source never made it, a child still to come

@@ -88,6 +88,7 @@ class FlagClass : public Object {
 public:
     using FlagIndex = Index;
     static constexpr std::int32_t FlagCount = Count;
+    static constexpr bool FreshAreAlike = true;  // see Child
 
     Ref<Derived> GetCopy() const {
         return copyOf(static_cast<const Derived&>(*this));
