@@ -102,6 +102,16 @@ std::int16_t CType::MaxRangeNo() const {
 }
 void CType::SetMaxRangeNo(std::int16_t newCount) { replaceRanges(newCount); }
 
+const CType::RangeEnds& CType::rangeAt(std::int32_t index) const {
+    static const RangeEnds unwritten;
+    if (ranges_.empty() && index == 0) return unwritten;
+    return valueAt(ranges_, index);
+}
+CType::RangeEnds& CType::rangeAt(std::int32_t index) {
+    if (ranges_.empty() && index == 0) ranges_.resize(1);
+    return valueAt(ranges_, index);
+}
+
 void CType::replaceRanges(std::int16_t newCount, std::vector<RangeEnds> ends) {
     require(Checked::MaxRangeNo);
     if (ends.empty()) ends.assign(newCount < 0 ? 1 : static_cast<std::size_t>(newCount) + 1, {Null{}, Null{}});
@@ -111,19 +121,19 @@ void CType::replaceRanges(std::int16_t newCount, std::vector<RangeEnds> ends) {
 
 Variant CType::MinValues(std::int32_t index) const {
     require(Checked::MinValues);
-    return valueAt(ranges_, index).min;
+    return rangeAt(index).min;
 }
 void CType::SetMinValues(std::int32_t index, const Variant& value) {
     require(Checked::MinValues);
-    valueAt(ranges_, index).min = value;
+    rangeAt(index).min = value;
 }
 Variant CType::MaxValues(std::int32_t index) const {
     require(Checked::MaxValues);
-    return valueAt(ranges_, index).max;
+    return rangeAt(index).max;
 }
 void CType::SetMaxValues(std::int32_t index, const Variant& value) {
     require(Checked::MaxValues);
-    valueAt(ranges_, index).max = value;
+    rangeAt(index).max = value;
 }
 
 Variant CType::ScalingFactor() const {
@@ -316,8 +326,8 @@ bool CType::Compare(const Ref<CType>& toCompare) const {
     if (ownsRanges(kind_)) {
         if (rangeCount_ != other.rangeCount_) return false;
         for (std::int32_t i = 0; i <= rangeCount_; ++i) {
-            const RangeEnds& mine = valueAt(ranges_, i);
-            const RangeEnds& theirs = valueAt(other.ranges_, i);
+            const RangeEnds& mine = rangeAt(i);
+            const RangeEnds& theirs = other.rangeAt(i);
             if (!rangeEndsMatch(mine.min, theirs.min) || !rangeEndsMatch(mine.max, theirs.max)) return false;
         }
         // No tolerance; a Null on either side counts as a difference.
@@ -350,8 +360,8 @@ Variant CType::ToString(std::int16_t infoLevel) const {
         if (ownsRanges(kind_)) {
             out += u", Ranges:{";
             for (std::int32_t i = 0; i <= rangeCount_; ++i)
-                out.append(u" (").append(decimal(i)).append(u":").append(concatText(valueAt(ranges_, i).min))
-                    .append(u" - ").append(concatText(valueAt(ranges_, i).max)).append(u")");
+                out.append(u" (").append(decimal(i)).append(u":").append(concatText(rangeAt(i).min))
+                    .append(u" - ").append(concatText(rangeAt(i).max)).append(u")");
             out.append(u"}, ScalingFactor:").append(concatText(scalingFactor_)).append(u", DisplayFormat:")
                 .append(displayFormat_).append(u", EditFormat:").append(editFormat_);
         }

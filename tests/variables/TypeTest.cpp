@@ -90,8 +90,12 @@ TEST(Type, DefaultsAndMaxRangeNoRebuildsBothArraysWithNulls) {
     EXPECT_EQ(get(type, u"MaxEnumIndex"), Variant(std::int32_t{1}));
     EXPECT_TRUE(type->MinValues(0).isEmpty() && type->ScaleQualifier() == sqTNone);
     EXPECT_EQ(type->ArrayObject()->Definition()->Kind(), ddoKArrayDef);
+    // A new type has exactly one pair of ends, Empty, before any is written.
+    EXPECT_EQ(raised([&] { type->MinValues(1); }), Subscript);
+    EXPECT_EQ(raised([&] { type->SetMaxValues(1, Variant(1.0)); }), Subscript);
     type->SetKind(ddvTInt);
     type->SetMinValues(0, Variant(std::int32_t{1}));
+    EXPECT_TRUE(type->MinValues(0) == Variant(std::int32_t{1}) && type->MaxValues(0).isEmpty());
     type->SetMaxRangeNo(2);
     for (std::int32_t i = 0; i <= 2; ++i) EXPECT_TRUE(type->MinValues(i).isNull() && type->MaxValues(i).isNull());
     EXPECT_EQ(raised([&] { type->MinValues(3); }), Subscript);

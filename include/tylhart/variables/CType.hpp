@@ -85,6 +85,9 @@ private:
     // MaxRangeNo's let with the range ends given; none given: Null ends.
     struct RangeEnds;
     void replaceRanges(std::int16_t newCount, std::vector<RangeEnds> ends = {});
+    // Range Index's ends, or "Subscript out of range".
+    const RangeEnds& rangeAt(std::int32_t index) const;
+    RangeEnds& rangeAt(std::int32_t index);
     // The members that the kind rules guard; one rule row each.
     enum class Checked : std::uint8_t {
         Size,
@@ -112,11 +115,13 @@ private:
     std::int16_t size_ = 0;
     std::int16_t rangeCount_ = -1;
     // Range i's two ends in one entry, so all the ranges are one allocation.
-    // A new type holds one pair of Empty, a rebuilt one Nulls.
+    // A new type holds one pair of Empty, kept nowhere until one is written
+    // (most types are copied over or given their ranges at once); a
+    // rebuilt one holds Nulls.
     struct RangeEnds {
         Variant min, max;
     };
-    std::vector<RangeEnds> ranges_ = std::vector<RangeEnds>(1);
+    std::vector<RangeEnds> ranges_;
     Variant scalingFactor_ = 1.0;
     Text displayFormat_;
     Text editFormat_;
