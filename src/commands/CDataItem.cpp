@@ -109,16 +109,16 @@ Variant CDataItem::ToString(std::int16_t infoLevel) const {
     if (definition_) out += concatText(definition_->ToString(infoLevel));
     if (infoLevel > 1) {
         const std::int16_t lower = childLevel(infoLevel);
-        out.append(u", Kind:").append(decimal(kind_));
-        if (kind_ == dddiTValue) out.append(u", Value:").append(concatText(value_));
-        out.append(u", Mask:").append(decimal(Mask));
-        out.append(u", Index:").append(boolText(Index));
-        out.append(u", Info:").append(boolText(Info));
+        out.append(u", Kind:"sv).append(decimal(kind_));
+        if (kind_ == dddiTValue) out.append(u", Value:"sv).append(concatText(value_));
+        out.append(u", Mask:"sv).append(decimal(Mask));
+        out.append(u", Index:"sv).append(boolText(Index));
+        out.append(u", Info:"sv).append(boolText(Info));
         // The definition shows again here after the head; readers of this
         // text expect both.
         if (kind_ == dddiTDefinition) {
-            if (definition_) out.append(u", Definition:").append(concatText(definition_->ToString(lower)));
-            if (variable_) out.append(u", Variable:").append(concatText(variable_->ToString(lower)));
+            if (definition_) out.append(u", Definition:"sv).append(concatText(definition_->ToString(lower)));
+            if (variable_) out.append(u", Variable:"sv).append(concatText(variable_->ToString(lower)));
         }
     }
     return std::move(out) + u"}";

@@ -29,7 +29,7 @@ bool CResponseCode::Compare(const Ref<CResponseCode>& toCompare) const {
 Variant CResponseCode::ToString(std::int16_t infoLevel) const {
     if (infoLevel < 1) return Variant();
     Text out = u"ResponseCode{Description:" + Description;
-    if (infoLevel > 1) out.append(u", Value:").append(decimal(Value) + u", Kind:" + decimal(kind_) + u", Help:" + Help);
+    if (infoLevel > 1) out.append(u", Value:"sv).append(decimal(Value) + u", Kind:" + decimal(kind_) + u", Help:" + Help);
     return std::move(out) + u"}";
 }
 

@@ -28,9 +28,9 @@ Variant CMethod::ToString(std::int16_t infoLevel) const {
     if (infoLevel < 1) return Variant();
     Text out = renderHead(u"METHOD{", infoLevel);
     if (infoLevel > 1) {
-        out.append(u", Label:").append(Label + u", Help:" + Help);
-        out.append(u", Validity:").append(boolText(Validity));
-        out.append(u", Uid:").append(decimal(Uid));
+        out.append(u", Label:"sv).append(Label + u", Help:" + Help);
+        out.append(u", Validity:"sv).append(boolText(Validity));
+        out.append(u", Uid:"sv).append(decimal(Uid));
         out += childText(u", Class:", Class, infoLevel);
     }
     return std::move(out) + u"}";

@@ -51,8 +51,8 @@ Variant Record<Derived>::ToString(std::int16_t infoLevel) const {
     Text out = Derived::Tag;
     if (Definition) out += concatText(Definition->ToString(infoLevel));
     if (infoLevel > 1) {
-        out.append(u", ").append(Text(Derived::KeyName) + u":" + concatText(Variant(static_cast<const Derived&>(*this).*Derived::Key)));
-        out.append(u", Description:").append(Description + u", Help:" + Help);
+        out.append(u", "sv).append(Text(Derived::KeyName) + u":" + concatText(Variant(static_cast<const Derived&>(*this).*Derived::Key)));
+        out.append(u", Description:"sv).append(Description + u", Help:" + Help);
     }
     return std::move(out) + u"}";
 }
@@ -140,9 +140,9 @@ Variant RecordConstruct<Derived>::ToString(std::int16_t infoLevel) const {
     if (infoLevel < 1) return Variant();
     Text out = this->renderHead(Derived::Tag, infoLevel);
     if (infoLevel > 1) {
-        out.append(u", Label:").append(Label + u", Help:" + Help);
+        out.append(u", Label:"sv).append(Label + u", Help:" + Help);
         if (const auto& children = static_cast<const Derived&>(*this).*Derived::Children)
-            out.append(u", ").append(Text(Derived::ChildrenName) + u":" + concatText(children.render(childLevel(infoLevel))));
+            out.append(u", "sv).append(Text(Derived::ChildrenName) + u":" + concatText(children.render(childLevel(infoLevel))));
     }
     return std::move(out) + u"}";
 }

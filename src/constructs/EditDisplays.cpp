@@ -48,7 +48,7 @@ Variant CEditDisplay::ToString(std::int16_t infoLevel) const {
     if (infoLevel < 1) return shortForm;
     Text out = renderHead(u"EDIT_DISPLAY{", infoLevel);
     if (infoLevel > 1) {
-        out.append(u", Label:").append(Label);
+        out.append(u", Label:"sv).append(Label);
         const auto add = [&](const char16_t* label, const auto& list) {
             if (list) out += label + concatText(list.render(childLevel(infoLevel)));
         };

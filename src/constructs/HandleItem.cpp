@@ -63,7 +63,7 @@ Variant HandleItem<Derived>::ToString(std::int16_t infoLevel) const {
     if (Definition) out += concatText(Definition->ToString(infoLevel));
     if (infoLevel > 1) {
         out += self().ownDetails();
-        if (obj_) out.append(u", Object:").append(concatText(obj_->ToString(childLevel(infoLevel))));
+        if (obj_) out.append(u", Object:"sv).append(concatText(obj_->ToString(childLevel(infoLevel))));
     }
     return std::move(out) + u"}";
 }

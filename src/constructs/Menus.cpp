@@ -52,8 +52,8 @@ Variant CMenu::ToString(std::int16_t infoLevel) const {
     if (infoLevel < 1) return Variant();
     Text out = renderHead(u"MENU{", infoLevel);
     if (infoLevel > 1) {
-        out.append(u", Label:").append(Label + u", Review:" + boolText(review_));
-        if (Items) out.append(u", Items:").append(concatText(Items.render(childLevel(infoLevel))));
+        out.append(u", Label:"sv).append(Label + u", Review:" + boolText(review_));
+        if (Items) out.append(u", Items:"sv).append(concatText(Items.render(childLevel(infoLevel))));
     }
     return std::move(out) + u"}";
 }

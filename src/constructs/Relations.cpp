@@ -111,7 +111,7 @@ Variant CUnit::ToString(std::int16_t infoLevel) const {
     if (infoLevel > 1) {
         out += childText(u", Unit:", unit_, infoLevel);
         out += childText(u", Reread:", Reread, infoLevel);
-        out.append(u", InRecursion:").append(boolText(InRecursion));
+        out.append(u", InRecursion:"sv).append(boolText(InRecursion));
     }
     return std::move(out) + u"}";
 }
@@ -153,7 +153,7 @@ Variant CRefresh::ToString(std::int16_t infoLevel) const {
     if (infoLevel > 1) {
         out += childText(u", Reread:", Reread, infoLevel);
         out += childText(u", Changed:", Changed, infoLevel);
-        out.append(u", InRecursion:").append(boolText(InRecursion));
+        out.append(u", InRecursion:"sv).append(boolText(InRecursion));
     }
     return std::move(out) + u"}";
 }

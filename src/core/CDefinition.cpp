@@ -52,7 +52,7 @@ bool CDefinition::Compare(const Ref<CDefinition>& toCompare) const {
 Variant CDefinition::ToString(std::int16_t infoLevel) const {
     if (infoLevel < 1) return Variant();
     Text out = u"Definition{Name:" + name_;
-    if (infoLevel > 1) out.append(u", Kind:").append(decimal(kind_));
+    if (infoLevel > 1) out.append(u", Kind:"sv).append(decimal(kind_));
     out += u"}";
     return out;
 }

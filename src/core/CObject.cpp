@@ -69,17 +69,18 @@ Ref<Object> CObject::checkedHeld(TextView className) const {
 
 Variant CObject::ToString(std::int16_t infoLevel) const {
     if (infoLevel < 1) return Variant();
-    Text out = u"OBJECT{";
+    Text out;
     if (held_) {
         // Same level as the handle's own, unlike containers.
         Variant level[] = {Variant(infoLevel)};
         Variant inner = invoke(*held_, Protocol::ToString, Access::Method, level);
-        if (!inner.isEmpty() && !inner.isNull()) out += inner.toText();
+        if (!inner.isEmpty() && !inner.isNull()) out = std::move(inner).toText();
     }
+    out.insert(0, u"OBJECT{");  // in front of the held object's text, which is not copied
     if (infoLevel > 1) {
-        out.append(u", AttributesAvailable:").append(Variant(AttributesAvailable).toText());
-        out.append(u", ChangeLevel:").append(decimal(ChangeLevel));
-        out.append(u", LastChangeLevel:").append(decimal(LastChangeLevel));
+        out.append(u", AttributesAvailable:"sv).append(Variant(AttributesAvailable).toText());
+        out.append(u", ChangeLevel:"sv).append(decimal(ChangeLevel));
+        out.append(u", LastChangeLevel:"sv).append(decimal(LastChangeLevel));
     }
     out += u"}";
     return out;

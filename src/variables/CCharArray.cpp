@@ -71,7 +71,7 @@ Variant CCharArray::ToString(std::int16_t infoLevel) const {
     if (infoLevel < 1) return Variant();
     Variant args[] = {Variant(std::int32_t{0}), Variant(readLength())};
     Text out = u"CharArray{Text:" + invoke(buffer(), PrintTextId, Access::Get, args).toText();
-    if (infoLevel > 1) out.append(u", Size:").append(decimal(Size));
+    if (infoLevel > 1) out.append(u", Size:"sv).append(decimal(Size));
     return std::move(out) + u"}";
 }
 

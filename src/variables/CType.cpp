@@ -353,27 +353,27 @@ Variant CType::ToString(std::int16_t infoLevel) const {
     // two braces; callers compare this text.
     Text out;
     out.reserve(infoLevel >= 2 ? 160 : 16);
-    out.append(u"Type{Kind:").append(decimal(kind_)).append(u"}");
+    out.append(u"Type{Kind:"sv).append(decimal(kind_)).append(u"}"sv);
     if (infoLevel >= 2 && kind_ >= 0) {
         const auto child = static_cast<std::int16_t>(infoLevel - 1);
-        if (ownsSize(kind_)) out.append(u", Size:").append(decimal(size_));
+        if (ownsSize(kind_)) out.append(u", Size:"sv).append(decimal(size_));
         if (ownsRanges(kind_)) {
             out += u", Ranges:{";
             for (std::int32_t i = 0; i <= rangeCount_; ++i)
-                out.append(u" (").append(decimal(i)).append(u":").append(concatText(rangeAt(i).min))
-                    .append(u" - ").append(concatText(rangeAt(i).max)).append(u")");
-            out.append(u"}, ScalingFactor:").append(concatText(scalingFactor_)).append(u", DisplayFormat:")
-                .append(displayFormat_).append(u", EditFormat:").append(editFormat_);
+                out.append(u" ("sv).append(decimal(i)).append(u":"sv).append(concatText(rangeAt(i).min))
+                    .append(u" - "sv).append(concatText(rangeAt(i).max)).append(u")"sv);
+            out.append(u"}, ScalingFactor:"sv).append(concatText(scalingFactor_)).append(u", DisplayFormat:"sv)
+                .append(displayFormat_).append(u", EditFormat:"sv).append(editFormat_);
         }
         if (kind_ == ddvTEnumerator)
-            out.append(u", Enumerators:").append(concatText(EnumeratorSet.render(child)));
+            out.append(u", Enumerators:"sv).append(concatText(EnumeratorSet.render(child)));
         if (kind_ == ddvTBitEnumerator)
-            out.append(u", BitEnumerators:").append(concatText(BitEnumeratorSet.render(child)));
+            out.append(u", BitEnumerators:"sv).append(concatText(BitEnumeratorSet.render(child)));
         if (kind_ == ddvTIndex) {
-            if (arrayObject_) out.append(u", ArrayObject:").append(concatText(arrayObject_->ToString(child)));
+            if (arrayObject_) out.append(u", ArrayObject:"sv).append(concatText(arrayObject_->ToString(child)));
             // The array object's text again, under the domain's label; the
             // domain itself is never printed. Callers compare this text.
-            if (domain_) out.append(u", Domain:").append(concatText(checked(arrayObject_).ToString(child)));
+            if (domain_) out.append(u", Domain:"sv).append(concatText(checked(arrayObject_).ToString(child)));
         }
         if (kind_ == ddvTTimeValue)
             out += u", DisplayFormat:" + displayFormat_ + u", EditFormat:" + editFormat_ + u", TimeFormat:" +

@@ -193,28 +193,28 @@ Variant CVariable::ToString(std::int16_t infoLevel) const {
     }
     Text out = renderHead(u"VARIABLE{", infoLevel);
     if (infoLevel > 1) {
-        out.append(u", Value:").append(concatText(value_));
-        out.append(u", Help:").append(Help);
-        out.append(u", Label:").append(Label);
-        out.append(u", ConstantUnit:").append(ConstantUnit);
-        out.append(u", VariableUnit:").append(VariableUnit);
-        if (UnitVariable) out.append(u", UnitVariable:").append(concatText(UnitVariable->ToString(lower(infoLevel, 1))));
-        out.append(u", Available:").append(boolText(available_));
-        out.append(u", DefaultValue:").append(concatText(DefaultValue));
-        out.append(u", ToBeWritten:").append(boolText(ToBeWritten));
-        out.append(u", Validity:").append(boolText(Validity));
-        if (TypeInfo) out.append(u", TypeInfo:").append(concatText(TypeInfo->ToString(lower(infoLevel, 1))));
+        out.append(u", Value:"sv).append(concatText(value_));
+        out.append(u", Help:"sv).append(Help);
+        out.append(u", Label:"sv).append(Label);
+        out.append(u", ConstantUnit:"sv).append(ConstantUnit);
+        out.append(u", VariableUnit:"sv).append(VariableUnit);
+        if (UnitVariable) out.append(u", UnitVariable:"sv).append(concatText(UnitVariable->ToString(lower(infoLevel, 1))));
+        out.append(u", Available:"sv).append(boolText(available_));
+        out.append(u", DefaultValue:"sv).append(concatText(DefaultValue));
+        out.append(u", ToBeWritten:"sv).append(boolText(ToBeWritten));
+        out.append(u", Validity:"sv).append(boolText(Validity));
+        if (TypeInfo) out.append(u", TypeInfo:"sv).append(concatText(TypeInfo->ToString(lower(infoLevel, 1))));
     }
     if (infoLevel >= 3) {
-        out.append(u", IsChecked:").append(boolText(IsChecked));
-        out.append(u", InRecursion:").append(boolText(InRecursion));
-        out.append(u", InReadRecursion:").append(boolText(InReadRecursion));
-        out.append(u", ErrorText:").append(ErrorText);
-        out.append(u", ErrorCode:").append(decimal(ErrorCode));
-        out.append(u", LastSetTime:").append(Variant(LastSetTime).toText());
-        out.append(u", ReadTimeout:").append(decimal(ReadTimeout));
-        out.append(u", WriteTimeout:").append(decimal(WriteTimeout));
-        out.append(u", m_Handling:").append(handling_.text());
+        out.append(u", IsChecked:"sv).append(boolText(IsChecked));
+        out.append(u", InRecursion:"sv).append(boolText(InRecursion));
+        out.append(u", InReadRecursion:"sv).append(boolText(InReadRecursion));
+        out.append(u", ErrorText:"sv).append(ErrorText);
+        out.append(u", ErrorCode:"sv).append(decimal(ErrorCode));
+        out.append(u", LastSetTime:"sv).append(Variant(LastSetTime).toText());
+        out.append(u", ReadTimeout:"sv).append(decimal(ReadTimeout));
+        out.append(u", WriteTimeout:"sv).append(decimal(WriteTimeout));
+        out.append(u", m_Handling:"sv).append(handling_.text());
         if (relations_) {
             // Printed twice: readers of this text expect both copies.
             const Text relations = u", m_Relations:" + concatText(relations_.render(lower(infoLevel, 2)));

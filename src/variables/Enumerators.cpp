@@ -45,7 +45,7 @@ bool CEnumerator::Compare(const Ref<CEnumerator>& toCompare) const {
 Variant CEnumerator::ToString(std::int16_t infoLevel) const {
     if (infoLevel < 1) return Variant();
     Text out = u"Enumerator{Description:" + Description;
-    if (infoLevel > 1) out.append(u", Value:").append(decimal(Value) + u", Help:" + Help);
+    if (infoLevel > 1) out.append(u", Value:"sv).append(decimal(Value) + u", Help:" + Help);
     return std::move(out) + u"}";
 }
 
@@ -91,7 +91,7 @@ Variant CBitEnumerator::ToString(std::int16_t infoLevel) const {
     if (infoLevel < 1) return Variant();
     Text out = u"BitEnumerator{Description:" + Description;
     if (infoLevel > 1) {
-        out.append(u", Value:").append(decimal(Value) + u", Help:" + Help);
+        out.append(u", Value:"sv).append(decimal(Value) + u", Help:" + Help);
         out += childText(u", Class:", Class, infoLevel);
         out += childText(u", Status:", Status, infoLevel);
         out += childText(u", Method:", Method, infoLevel);

@@ -100,7 +100,7 @@ Variant COutputStatusClass::ToString(std::int16_t infoLevel) const {
     // The label's spelling is part of the output format: callers may parse
     // this label, so it stays letter for letter.
     Text out = u"OutputStatusClass{BESCHEIBUNG:" + flagText();
-    if (infoLevel > 1) out.append(u", Kind:").append(decimal(kind_) + u", Range:" + decimal(Range));
+    if (infoLevel > 1) out.append(u", Kind:"sv).append(decimal(kind_) + u", Range:" + decimal(Range));
     return std::move(out) + u"}";
 }
 
@@ -139,7 +139,7 @@ Variant CStatusClass::ToString(std::int16_t infoLevel) const {
     if (infoLevel < 1) return Variant();
     Text out = u"StatusClass{Other:" + flagText();
     if (infoLevel > 1 && Output)
-        out.append(u", Output:").append(concatText(Output->ToString(childLevel(infoLevel))));
+        out.append(u", Output:"sv).append(concatText(Output->ToString(childLevel(infoLevel))));
     return std::move(out) + u"}";
 }
 

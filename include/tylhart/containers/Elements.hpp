@@ -83,7 +83,7 @@ struct ElementOps<Ref<C>> {
         if (!e) errors::raise(errors::Runtime::ObjectNotSet);
         DepthGuard nested;
         Text item = concatText(e->ToString(level));
-        out.append(u" ").append(item);
+        out.append(u" "sv).append(item);
     }
     static Variant toVariant(const Ref<C>& e) { return Variant(Ref<Object>(e)); }
 };
@@ -94,7 +94,7 @@ struct ElementOps<Variant> {
     static bool equal(const Variant& probe, const Variant& element) { return variantEquals(probe, element); }
     static void renderItem(Text& out, const Variant& v, std::int16_t) {
         Text item = concatText(v);
-        out.append(u" (").append(item).append(u")");
+        out.append(u" ("sv).append(item).append(u")"sv);
     }
     static Variant toVariant(const Variant& v) { return v; }
 };

@@ -94,7 +94,7 @@ protected:
 private:
     Text concatDefinition(std::int16_t infoLevel) const {
         Variant v = definition_->ToString(infoLevel);
-        return v.isEmpty() ? Text() : v.toText();
+        return v.isEmpty() ? Text() : std::move(v).toText();
     }
 };
 

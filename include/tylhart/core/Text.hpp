@@ -7,6 +7,10 @@
 
 namespace tylhart {
 
+// Labels appended as u"..."sv carry their length, so renderings, which
+// append dozens per object, do not count their characters each time.
+using namespace std::string_view_literals;
+
 // Lengths and positions count UTF-16 code units, as Automation clients do.
 using Text = std::u16string;
 using TextView = std::u16string_view;
