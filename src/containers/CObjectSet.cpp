@@ -2,11 +2,12 @@
 
 namespace tylhart {
 
-Text CObjectSet::keyText(const Ref<CObject>& handle) {
+CObjectSet::HandleKey CObjectSet::keyText(const Ref<CObject>& handle) {
     if (!handle) errors::raise(errors::Runtime::ObjectNotSet);
     Ref<CDefinition> d = handle->ObjectDefinition();
     if (!d) errors::raise(errors::Runtime::ObjectNotSet);
-    return d->Name();
+    const TextView name = d->checkedName();
+    return HandleKey{std::move(d), name};
 }
 
 Ref<CObject> CObjectSet::FindItem(const Ref<CDefinition>& objectDef) const {

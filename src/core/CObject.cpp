@@ -43,7 +43,7 @@ void CObject::SetUntypedObject(const Ref<Object>& newObject) {
     }
     bool readable = true;
     try {
-        Ref<Object> definition = invoke(newObject, u"Definition", Access::Get).toObject();
+        Ref<Object> definition = invoke(*newObject, Protocol::Definition, Access::Get).toObject();
         (void)invoke(definition, u"Kind", Access::Get).toInteger();
     } catch (const Error&) {
         readable = false;
@@ -55,7 +55,7 @@ void CObject::SetUntypedObject(const Ref<Object>& newObject) {
 
 Ref<CDefinition> CObject::ObjectDefinition() const {
     if (!held_) errors::raise(errors::Runtime::ObjectNotSet);
-    Ref<Object> d = invoke(held_, u"Definition", Access::Get).toObject();
+    Ref<Object> d = invoke(*held_, Protocol::Definition, Access::Get).toObject();
     Ref<CDefinition> definition = refCast<CDefinition>(d);
     if (d && !definition) errors::raise(errors::Runtime::TypeMismatch);
     return definition;

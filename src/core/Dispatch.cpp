@@ -40,7 +40,7 @@ ClassInfo::ClassInfo(Text name, Factory factory, std::vector<MemberInfo> members
         while (idSlots_[slot] != 0 && members_[idSlots_[slot] - 1].id != members_[i].id) slot = (slot + 1) & mask;
         if (idSlots_[slot] == 0) idSlots_[slot] = static_cast<std::uint16_t>(i + 1);
     }
-    protocol_ = {find(u"GetCopy"), find(u"Compare"), find(u"ToString")};
+    protocol_ = {find(u"GetCopy"), find(u"Compare"), find(u"ToString"), find(u"Definition")};
 }
 
 const MemberInfo* ClassInfo::find(DispId id) const noexcept {

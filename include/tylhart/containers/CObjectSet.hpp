@@ -15,7 +15,14 @@ public:
     static constexpr const char16_t* Label = u"ObjectSet{Count:";
     static constexpr bool ReplacesOnCopy = true;
 
-    static Text keyText(const Ref<CObject>& handle);
+    // The name of the held construct's definition, read in place; the key
+    // keeps the definition alive while it is used.
+    struct HandleKey {
+        Ref<CDefinition> definition;
+        TextView name;
+        operator TextView() const noexcept { return name; }  // NOLINT: a key reads as its text
+    };
+    static HandleKey keyText(const Ref<CObject>& handle);
 
     // Looks up by the given definition's name.
     Ref<CObject> FindItem(const Ref<CDefinition>& objectDef) const;

@@ -12,7 +12,9 @@ namespace tylhart {
 // Derived supplies:
 //   static constexpr const char16_t* Label;       long label (ToString >= 1)
 //   static Text keyText(const Element&);          text of the key property
-//                                                 (a const Text& saves a copy)
+//                                                 (a const Text&, or anything
+//                                                 that reads as a TextView
+//                                                 while it lives, saves a copy)
 //   a FindItem member and `static void describeFindItem(ClassBuilder<Derived>&)`
 // and may hide the policy hooks of Container and these: ShortLabel (a
 // non-null label makes levels below 1 render "label count}"),
@@ -161,7 +163,13 @@ protected:
     static constexpr char16_t KeyPrefix = u'I';
 
 private:
-    static Text keyOf(const Element& element) { return KeyPrefix + Derived::keyText(element); }
+    static Text keyOf(const Element& element) {
+        const auto& property = Derived::keyText(element);
+        const TextView text = property;
+        Text key;
+        key.reserve(1 + text.size());
+        return std::move(key.append(1, KeyPrefix).append(text));
+    }
     // Stores an element whose key is known to be absent.
     void addUnder(const Element& newElement, Text key) {
         store_.append(newElement, std::move(key));

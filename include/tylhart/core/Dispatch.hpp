@@ -75,9 +75,10 @@ struct MemberInfo {
     bool has(Access a) const;
 };
 
-// The copy protocol's members, which the object handle calls on whatever
-// object it holds; each table finds them once, not by name on every call.
-enum class Protocol : std::uint8_t { GetCopy, Compare, ToString };
+// The members the object handle calls on whatever object it holds (the
+// copy protocol and the definition its sets key by); each table finds them
+// once, not by name on every call.
+enum class Protocol : std::uint8_t { GetCopy, Compare, ToString, Definition };
 
 class ClassInfo {
 public:
@@ -116,7 +117,7 @@ private:
         return static_cast<std::size_t>((static_cast<std::uint64_t>(static_cast<std::uint32_t>(id)) *
                                          0x9E3779B97F4A7C15ull) >> 32);
     }
-    std::array<const MemberInfo*, 3> protocol_{};  // into members_, whose elements never move
+    std::array<const MemberInfo*, 4> protocol_{};  // into members_, whose elements never move
 };
 
 // Late-bound calls. Arguments in the order the caller writes them; for let
