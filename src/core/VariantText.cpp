@@ -176,8 +176,19 @@ DateTimeParts splitDate(double v) {
 
 }  // namespace
 
-Text formatDouble(double v) { return ascii(formatGeneral(v, 15)); }
-Text formatSingle(float v) { return ascii(formatGeneral(static_cast<double>(v), 7)); }
+// A whole number with no more digits than the precision prints as a plain
+// integer, exactly as formatGeneral would print it (negative zero as "0"):
+// most range ends, scaling factors and values are such numbers, and this
+// skips the digit generation.
+namespace {
+Text formatWholeOr(double v, double limit, int precision) {
+    if (std::fabs(v) < limit && v == std::trunc(v)) return decimal(static_cast<long long>(v));
+    return ascii(formatGeneral(v, precision));
+}
+}  // namespace
+
+Text formatDouble(double v) { return formatWholeOr(v, 1e15, 15); }
+Text formatSingle(float v) { return formatWholeOr(static_cast<double>(v), 1e7, 7); }
 
 Text formatCurrency(Currency c) {
     const std::uint64_t magnitude =

@@ -71,5 +71,17 @@ TEST(VariantLocale, NumbersReadAndPrintWithTheFullStopUnderACommaLocale) {
     EXPECT_EQ(Variant(u"2.5").toDouble(), 2.5);
 }
 
+// Whole numbers print as plain integers only while their digits fit the
+// precision (15 for Double, 7 for Single); past it they take an exponent.
+TEST(VariantText, WholeNumbersPrintPlainUpToThePrecision) {
+    const std::pair<Variant, const char16_t*> rows[] = {
+        {Variant(999999999999999.0), u"999999999999999"}, {Variant(-999999999999999.0), u"-999999999999999"},
+        {Variant(1e15), u"1E+15"},                        {Variant(-0.0), u"0"},
+        {Variant(9999999.0f), u"9999999"},                {Variant(-1e7f), u"-1E+07"},
+        {Variant(100.0), u"100"},                         {Variant(100.5), u"100.5"},
+    };
+    for (const auto& [value, text] : rows) EXPECT_EQ(value.toText(), text) << toUtf8(text);
+}
+
 }  // namespace
 }  // namespace tylhart::test
