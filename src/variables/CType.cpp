@@ -275,9 +275,9 @@ void CType::SetFromObject(const Ref<CType>& toCopy) {
     if (ownsRanges(kind)) {
         // MinValues and MaxValues follow MaxRangeNo's kind rule, and hold
         // exactly MaxRangeNo + 1 ends once it is set.
-        ranges.count = source.MaxRangeNo();
+        ranges.count = source.rangeCount_;
         if (ranges.count >= 0) ranges.ends = source.ranges_;
-        ranges.scaling = source.ScalingFactor();
+        ranges.scaling = source.scalingFactor_;
     }
     Child<CEnumeratorSet> enumerators;
     Child<CBitEnumeratorSet> bitEnumerators;
@@ -290,20 +290,23 @@ void CType::SetFromObject(const Ref<CType>& toCopy) {
         domain = copyChild(source.domain_);
     }
 
-    SetKind(kind);
-    if (ownsSize(kind)) SetSize(source.Size());
+    // From here on the fields are copied as they are: the source is of the
+    // same kind, so every kind rule that its accessors would check admits
+    // them, and its values passed its own setters' checks.
+    kind_ = kind;
+    if (ownsSize(kind)) size_ = source.size_;
     if (ownsRanges(kind)) {
         replaceRanges(ranges.count, std::move(ranges.ends));
-        SetScalingFactor(ranges.scaling);
-        SetDisplayFormat(source.DisplayFormat());
-        SetEditFormat(source.EditFormat());
+        scalingFactor_ = std::move(ranges.scaling);
+        displayFormat_ = source.displayFormat_;
+        editFormat_ = source.editFormat_;
     }
     if (kind == ddvTEnumerator) {
-        SetMaxEnumIndex(source.MaxEnumIndex());
+        enumeratorCount_ = source.enumeratorCount_;
         EnumeratorSet = std::move(enumerators);
     }
     if (kind == ddvTBitEnumerator) {
-        SetMaxBitEnumIndex(source.MaxBitEnumIndex());
+        enumeratorCount_ = source.enumeratorCount_;
         BitEnumeratorSet = std::move(bitEnumerators);
     }
     if (kind == ddvTIndex) {
@@ -311,10 +314,10 @@ void CType::SetFromObject(const Ref<CType>& toCopy) {
         domain_ = std::move(domain);
     }
     if (kind == ddvTTimeValue) {
-        SetDisplayFormat(source.DisplayFormat());
-        SetEditFormat(source.EditFormat());
-        SetTimeFormat(source.TimeFormat());
-        SetScaleQualifier(source.ScaleQualifier());
+        displayFormat_ = source.displayFormat_;
+        editFormat_ = source.editFormat_;
+        timeFormat_ = source.timeFormat_;
+        scaleQualifier_ = source.scaleQualifier_;
     }
 }
 

@@ -230,7 +230,21 @@ TEST(Type, CompareLooksOnlyAtTheFieldsTheKindOwns) {
 
 // The child sets and objects are new; how deep they copy is their own affair.
 TEST(Type, CopyOfEachKindComparesEqualAndHasItsOwnChildren) {
-    for (const auto& build : {intRange, floatTwoRanges, enumerated, timeValue, +[] { return indexType(true, true); }}) {
+    // The enumerator counts differ from a new type's, so a copy must carry them.
+    const auto countedEnumerators = +[] {
+        auto t = typeOf(ddvTEnumerator);
+        t->SetMaxEnumIndex(3);
+        return t->SetEnumerators(0, enumerator(1, u"one")), t;
+    };
+    const auto countedBits = +[] {
+        auto t = typeOf(ddvTBitEnumerator);
+        t->SetMaxBitEnumIndex(4);
+        auto bit = make<CBitEnumerator>();
+        bit->Value = 8;
+        return t->SetBitEnumerators(0, bit), t;
+    };
+    for (const auto& build : {intRange, floatTwoRanges, enumerated, countedEnumerators, countedBits, timeValue,
+                              +[] { return indexType(true, true); }}) {
         auto source = build();
         auto copy = source->GetCopy();
         EXPECT_EQ(text(copy->ToString(3)), text(source->ToString(3)));
