@@ -308,7 +308,7 @@ private:
     // running out of memory here leaves the store as it was.
     void moveKeysToIndex() {
         Index index;
-        index.reserve(2 * SmallSize);
+        if (!smallKeys_.empty()) index.reserve(2 * SmallSize);  // a list without keys needs no buckets
         if (!blocks_.empty()) {
             Block& block = *blocks_.front();
             for (std::size_t slot = 0; slot < smallKeys_.size(); ++slot)
