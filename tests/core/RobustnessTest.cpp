@@ -33,35 +33,29 @@ Ref<Object> charArray(std::int32_t size, const char16_t* content) {
 std::string rendering(const Ref<Object>& o) { return text(call(o, u"ToString", std::int16_t{2})); }
 
 // A size, index or count beyond the element limit is refused before anything
-// is allocated, and the object renders as before.
-struct OversizedCall {
-    const char* what;
-    std::function<Ref<Object>()> object;
-    std::function<void(const Ref<Object>&)> call;
-    std::function<std::string(const Ref<Object>&)> state;
-};
-std::string flagState(const Ref<Object>& a) { return text(get(a, 103)) + ":" + text(get(a, 102)); }
-std::string bufferState(const Ref<Object>& b) { return text(get(b, 101)); }
-Ref<Object> hugeArray() { return charArray(Huge, u"AB"); }
-const OversizedCall oversizedCalls[] = {
-    {"FlagCount = 2147483647", make<CFlagArray>, [](auto& a) { let(a, 103, INT32_MAX); }, flagState},
-    {"FlagCount one past the limit", make<CFlagArray>, [](auto& a) { let(a, 103, PastLimit); }, flagState},
-    {"Char(1703127690) with Size -1", [] { return charArray(-1, u"AB"); },
-     [](auto& a) { let(a, u"Char", std::int32_t{1703127690}, std::uint8_t{65}); }, rendering},
-    {"text read of a huge Size", hugeArray, [](auto& a) { get(a, DispIdValue); }, rendering},
-    {"text write with a huge Size", hugeArray, [](auto& a) { let(a, DispIdValue, u"CD"); }, rendering},
-    {"buffer read past the limit", make<CCharBuffer>, [](auto& b) { get(b, 205, 0, PastLimit); }, bufferState},
-    {"buffer fill past the limit", make<CCharBuffer>, [](auto& b) { let(b, 201, 0, INT32_MAX, 65); }, bufferState},
-    {"buffer text far out", make<CCharBuffer>, [](auto& b) { let(b, 205, PastLimit, -1, u"A"); }, bufferState},
-};
-
+// is allocated, and the object reads as before.
 TEST(Robustness, SizesBeyondTheElementLimitAreOutOfMemoryAndChangeNothing) {
-    for (const auto& c : oversizedCalls) {
-        SCOPED_TRACE(c.what);
-        auto o = c.object();
-        const std::string before = c.state(o);
-        EXPECT_EQ(raised([&] { c.call(o); }), OutOfMemory);
-        EXPECT_EQ(c.state(o), before);
+    using O = const Ref<Object>&;
+    const auto flags = [](O a) { return text(get(a, 103)) + ":" + text(get(a, 102)); };
+    const auto buffer = [](O b) { return text(get(b, 101)); };
+    const auto huge = [] { return charArray(Huge, u"AB"); };
+    const std::tuple<const char*, std::function<Ref<Object>()>, std::function<void(O)>, std::string (*)(O)> rows[] = {
+        {"FlagCount = 2147483647", make<CFlagArray>, [](O a) { let(a, 103, INT32_MAX); }, flags},
+        {"FlagCount one past the limit", make<CFlagArray>, [](O a) { let(a, 103, PastLimit); }, flags},
+        {"Char(1703127690) with Size -1", [] { return charArray(-1, u"AB"); },
+         [](O a) { let(a, u"Char", std::int32_t{1703127690}, std::uint8_t{65}); }, rendering},
+        {"text read of a huge Size", huge, [](O a) { get(a, DispIdValue); }, rendering},
+        {"text write with a huge Size", huge, [](O a) { let(a, DispIdValue, u"CD"); }, rendering},
+        {"buffer read past the limit", make<CCharBuffer>, [](O b) { get(b, 205, 0, PastLimit); }, buffer},
+        {"buffer fill past the limit", make<CCharBuffer>, [](O b) { let(b, 201, 0, INT32_MAX, 65); }, buffer},
+        {"buffer text far out", make<CCharBuffer>, [](O b) { let(b, 205, PastLimit, -1, u"A"); }, buffer},
+    };
+    for (const auto& [what, build, refused, state] : rows) {
+        SCOPED_TRACE(what);
+        auto o = build();
+        const std::string before = state(o);
+        EXPECT_EQ(raised([&] { refused(o); }), OutOfMemory);
+        EXPECT_EQ(state(o), before);
     }
 }
 
@@ -205,56 +199,34 @@ TEST(Robustness, RefusedInsertKeepsTheStoredElement) {
 // array was resized, a list holding Nothing, and replacing sets whose shared
 // elements lost their keys after they were added.
 TEST(Robustness, RefusedCopiesChangeNothing) {
-    auto output = make<COutputStatusClass>();
-    output->Range = 5;
-    output->SetKind(ddosCMax);
+    auto output = made<COutputStatusClass>([](COutputStatusClass& o) { o.Range = 5, o.SetKind(ddosCMax); });
     let(output->GetModeObj(), 103, std::int32_t{3});  // resized: cannot be copied
-    auto status = make<CStatusClass>();
-    status->Output->Add(make<COutputStatusClass>());
+    auto status = made<CStatusClass>([](CStatusClass& s) { s.Output->Add(make<COutputStatusClass>()); });
     let(status->GetOtherObj(), 103, std::int32_t{3});
     auto statusTarget = make<CStatusClass>();
     const auto keptOutput = statusTarget->Output;
 
-    auto list = make<CDefinitionList>();
-    list->Add(makeDefinition(u"b", ddoKVariableDef));
-    list->Add(Ref<CDefinition>());
-    auto listTarget = make<CDefinitionList>();
-    listTarget->Add(makeDefinition(u"a", ddoKVariableDef));
+    auto list = made<CDefinitionList>(
+        [](CDefinitionList& l) { l.Add(makeDefinition(u"b", ddoKVariableDef)), l.Add(Ref<CDefinition>()); });
+    auto listTarget = made<CDefinitionList>([](CDefinitionList& l) { l.Add(makeDefinition(u"a", ddoKVariableDef)); });
 
     auto member = [](const char16_t* ident) { return made<CMember>([&](CMember& m) { m.Ident = ident; }); };
     auto renamed = member(u"b");
-    auto members = make<CMemberSet>();
-    members->Add(member(u"a"));
-    members->Add(renamed);
+    auto members = made<CMemberSet>([&](CMemberSet& s) { s.Add(member(u"a")), s.Add(renamed); });
     renamed->Ident = u"A";  // now shares the first member's key
-    auto memberTarget = make<CMemberSet>();
-    memberTarget->Add(member(u"x"));
+    auto memberTarget = made<CMemberSet>([&](CMemberSet& s) { s.Add(member(u"x")); });
 
-    auto variable = make<CVariable>();
-    variable->SetDefinition(makeDefinition(u"v", ddoKVariableDef));
+    auto variable = made<CVariable>([](CVariable& v) { v.SetDefinition(makeDefinition(u"v", ddoKVariableDef)); });
     auto emptied = variable->MakeObject();
-    auto objects = make<CObjectSet>();
-    objects->Add(emptied);
+    auto objects = made<CObjectSet>([&](CObjectSet& s) { s.Add(emptied); });
     emptied->SetUntypedObject(nullptr);  // its key can no longer be read
-    auto objectTarget = make<CObjectSet>();
-    objectTarget->Add(variable->MakeObject());
+    auto objectTarget = made<CObjectSet>([&](CObjectSet& s) { s.Add(variable->MakeObject()); });
 
-    const struct {
-        Ref<Object> target, source;
-        ErrorRecord expected;
-    } rows[] = {
-        {make<COutputStatusClass>(), output, InvalidCall},
-        {statusTarget, status, InvalidCall},
-        {listTarget, list, NotSet},
-        {memberTarget, members, Duplicate},
-        {objectTarget, objects, NotSet},
-    };
-    for (const auto& r : rows) {
-        SCOPED_TRACE(toUtf8(r.target->className()));
-        const std::string before = rendering(r.target);
-        EXPECT_EQ(raised([&] { call(r.target, u"SetFromObject", r.source); }), r.expected);
-        EXPECT_EQ(rendering(r.target), before);
-    }
+    const std::tuple<Ref<Object>, Ref<Object>, ErrorRecord> rows[] = {
+        {make<COutputStatusClass>(), output, InvalidCall}, {statusTarget, status, InvalidCall},
+        {listTarget, list, NotSet}, {memberTarget, members, Duplicate}, {objectTarget, objects, NotSet}};
+    for (const auto& [target, source, expected] : rows)
+        expectRefused(target, [&] { call(target, u"SetFromObject", source); }, expected);
     EXPECT_EQ(statusTarget->Output.get(), keptOutput.get());
 }
 
