@@ -6,9 +6,11 @@
 namespace tylhart::test {
 namespace {
 
-Ref<CType> typeOf(enumDDVariableType kind) {
+using Setup = std::function<void(CType&)>;
+Ref<CType> typeOf(enumDDVariableType kind, const Setup& setup = {}) {
     auto t = make<CType>();
     if (kind != ddvTUndefined) t->SetKind(kind);
+    if (setup) setup(*t);
     return t;
 }
 Ref<CEnumerator> enumerator(std::int32_t value, const char16_t* description) {
@@ -52,8 +54,7 @@ TEST(Type, KindRulesRefuseForeignKindsUnchangedAndNothingWithTheCheckOff) {
     for (int kind = -1; kind < 16; ++kind)
         for (const CheckedMember& member : checkedMembers) {
             SCOPED_TRACE("kind " + std::to_string(kind) + " " + toUtf8(member.name));
-            auto type = make<CType>();
-            if (kind >= 0) type->SetKind(static_cast<enumDDVariableType>(kind));
+            auto type = typeOf(static_cast<enumDDVariableType>(kind));  // -1: no kind
             const bool owned = kind < 0 || std::ranges::count(member.allowedKinds, kind) > 0;
             const ErrorRecord expected = owned ? NoError : libraryError(member.source, errors::WrongKind);
             type->CheckForExactKind = false;
@@ -62,9 +63,7 @@ TEST(Type, KindRulesRefuseForeignKindsUnchangedAndNothingWithTheCheckOff) {
             EXPECT_EQ(raised([&] { read(type, member); }), expected);
             EXPECT_EQ(raised([&] { write(type, member); }), expected);
             type->CheckForExactKind = false;
-            if (!owned) {
-                EXPECT_EQ(read(type, member), before);
-            }
+            if (!owned) { EXPECT_EQ(read(type, member), before); }  // braces: the macro holds an else
             EXPECT_EQ(raised([&] { read(type, member); }), NoError);
             EXPECT_EQ(raised([&] { write(type, member); }), NoError);
         }
@@ -77,8 +76,7 @@ TEST(Type, KindIsSetOnceWithinZeroToFifteen) {
         {-1, -1, outOfRange}, {-1, 16, outOfRange}, {-1, 15, NoError}, {-1, 0, NoError}, {0, 0, NoError},
         {0, 2, fixed},        {0, 16, fixed},       {0, -1, fixed},    {15, 15, NoError}, {6, 14, fixed}};
     for (const auto& [initial, attempt, error] : cases) {
-        auto type = make<CType>();
-        if (initial >= 0) type->SetKind(static_cast<enumDDVariableType>(initial));
+        auto type = typeOf(static_cast<enumDDVariableType>(initial));
         EXPECT_EQ(raised([&] { let(type, u"Kind", std::int32_t{attempt}); }), error) << initial << "->" << attempt;
         EXPECT_EQ(type->Kind(), error == NoError ? attempt : initial);
     }
@@ -148,30 +146,29 @@ TEST(Type, EnumeratorsAreFoundAndPlacedByTheirOwnValue) {
 }
 
 Ref<CType> intRange() {
-    auto t = typeOf(ddvTInt);
-    t->SetSize(2), t->SetMaxRangeNo(0), t->SetMinValues(0, Variant(std::int16_t{0}));
-    return t->SetMaxValues(0, Variant(std::int16_t{100})), t;
+    return typeOf(ddvTInt, [](CType& t) {
+        t.SetSize(2), t.SetMaxRangeNo(0), t.SetMinValues(0, Variant(std::int16_t{0}));
+        t.SetMaxValues(0, Variant(std::int16_t{100}));
+    });
 }
 Ref<CType> floatTwoRanges() {
-    auto t = typeOf(ddvTFloat);
-    t->SetMaxRangeNo(1), t->SetMinValues(1, Variant(0.5)), t->SetMaxValues(1, Variant(1.5));
-    return t->SetScalingFactor(Variant(2.5)), t->SetDisplayFormat(u"%.2f"), t->SetEditFormat(u"%.3f"), t;
+    return typeOf(ddvTFloat, [](CType& t) {
+        t.SetMaxRangeNo(1), t.SetMinValues(1, Variant(0.5)), t.SetMaxValues(1, Variant(1.5));
+        t.SetScalingFactor(Variant(2.5)), t.SetDisplayFormat(u"%.2f"), t.SetEditFormat(u"%.3f");
+    });
 }
-Ref<CType> enumerated() {
-    auto t = typeOf(ddvTEnumerator);
-    return t->SetEnumerators(0, enumerator(1, u"one")), t;
-}
+Ref<CType> enumerated() { return typeOf(ddvTEnumerator, [](CType& t) { t.SetEnumerators(0, enumerator(1, u"one")); }); }
 Ref<CType> indexType(bool withArray, bool withDomain) {
-    auto t = typeOf(ddvTIndex);
-    t->ArrayObject()->Definition()->SetName(u"arr"), t->Domain()->Add(Variant(std::int32_t{42}));
-    if (!withArray) t->SetArrayObject(nullptr);
-    if (!withDomain) t->SetDomain(nullptr);
-    return t;
+    return typeOf(ddvTIndex, [&](CType& t) {
+        t.ArrayObject()->Definition()->SetName(u"arr"), t.Domain()->Add(Variant(std::int32_t{42}));
+        if (!withArray) t.SetArrayObject(nullptr);
+        if (!withDomain) t.SetDomain(nullptr);
+    });
 }
 Ref<CType> timeValue() {
-    auto t = typeOf(ddvTTimeValue);
-    t->SetDisplayFormat(u"d"), t->SetEditFormat(u"e"), t->SetTimeFormat(u"hh:mm");
-    return t->SetScaleQualifier(sqTMinutes), t;
+    return typeOf(ddvTTimeValue, [](CType& t) {
+        t.SetDisplayFormat(u"d"), t.SetEditFormat(u"e"), t.SetTimeFormat(u"hh:mm"), t.SetScaleQualifier(sqTMinutes);
+    });
 }
 
 TEST(Type, RendersExactly) {
@@ -220,11 +217,8 @@ TEST(Type, CompareLooksOnlyAtTheFieldsTheKindOwns) {
         {ddvTTimeValue, [](T t) { t.SetScaleQualifier(sqTHours); }, false},
         {ddvTTimeValue, [](T t) { t.SetTimeFormat(u"ss"); }, false}, {ddvTTimeValue, [](T t) { t.SetSize(2); }, true}};
     for (const auto& [kind, change, equal, left] : cases) {
-        auto a = typeOf(kind), b = typeOf(kind);
-        b->CheckForExactKind = false;
-        change(*b);
-        if (left) left(*a);
-        expectCompare(a, b, equal);
+        const Change unchecked = [&](T t) { t.CheckForExactKind = false, change(t); };
+        expectCompare(typeOf(kind, left), typeOf(kind, unchecked), equal);
     }
 }
 
@@ -232,16 +226,12 @@ TEST(Type, CompareLooksOnlyAtTheFieldsTheKindOwns) {
 TEST(Type, CopyOfEachKindComparesEqualAndHasItsOwnChildren) {
     // The enumerator counts differ from a new type's, so a copy must carry them.
     const auto countedEnumerators = +[] {
-        auto t = typeOf(ddvTEnumerator);
-        t->SetMaxEnumIndex(3);
-        return t->SetEnumerators(0, enumerator(1, u"one")), t;
+        return typeOf(ddvTEnumerator, [](CType& t) { t.SetMaxEnumIndex(3), t.SetEnumerators(0, enumerator(1, u"one")); });
     };
     const auto countedBits = +[] {
-        auto t = typeOf(ddvTBitEnumerator);
-        t->SetMaxBitEnumIndex(4);
-        auto bit = make<CBitEnumerator>();
-        bit->Value = 8;
-        return t->SetBitEnumerators(0, bit), t;
+        return typeOf(ddvTBitEnumerator, [](CType& t) {
+            t.SetMaxBitEnumIndex(4), t.SetBitEnumerators(0, made<CBitEnumerator>([](CBitEnumerator& b) { b.Value = 8; }));
+        });
     };
     for (const auto& build : {intRange, floatTwoRanges, enumerated, countedEnumerators, countedBits, timeValue,
                               +[] { return indexType(true, true); }}) {
@@ -282,8 +272,7 @@ TEST(Type, RefusedCopyLeavesTheReceiverUnchanged) {
     expectRefused(receiver, [&] { receiver->SetFromObject(intRange()); }, libraryError("Type.Kind", errors::KindFixed));
     auto fresh = make<CType>();  // renders its kind
     expectRefused(fresh, [&] { fresh->SetFromObject(indexType(false, true)); }, NotSet);
-    auto noSet = typeOf(ddvTEnumerator);
-    noSet->EnumeratorSet = nullptr;
+    auto noSet = typeOf(ddvTEnumerator, [](CType& t) { t.EnumeratorSet = nullptr; });
     expectRefused(fresh, [&] { fresh->SetFromObject(noSet); }, NotSet);
 }
 
