@@ -131,11 +131,10 @@ TEST(Commands, CompareEveryStepAndItsBlindSpots) {
 
 TEST(ResponseCode, KindIsCheckedAndACopyStopsAfterValue) {
     auto c = code(3);
-    for (std::int32_t bad : {7, -1})
-        EXPECT_EQ(raised([&] { let(c, u"Kind", bad); }), libraryError("CResponseCode.Kind", errors::KindOutOfRange));
+    const ErrorRecord outOfRange = libraryError("CResponseCode.Kind", errors::KindOutOfRange);
+    for (std::int32_t bad : {7, -1}) EXPECT_EQ(raised([&] { let(c, u"Kind", bad); }), outOfRange);
     auto neverKinded = made<CResponseCode>([](CResponseCode& r) { r.Value = 9, r.Description = u"new"; });
-    EXPECT_EQ(raised([&] { c->SetFromObject(neverKinded); }),
-              libraryError("CResponseCode.Kind", errors::KindOutOfRange));
+    EXPECT_EQ(raised([&] { c->SetFromObject(neverKinded); }), outOfRange);
     EXPECT_TRUE(c->Value == 9 && c->Kind() == ddrcTSUCCESS && c->Description == u"Busy");
 }
 

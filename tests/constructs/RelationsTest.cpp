@@ -48,9 +48,8 @@ TEST(Constructs, RenderExactly) {
         {"method", method, {0, 1, 2}},
         {"method without class", [] { return made<CMethod>([](CMethod& m) { m.Validity = false, m.Uid = -3, m.Class = nullptr; }); }, 3},
     });
-    auto i = make<CVariableItem>();
-    i->Definition = nullptr;  // the short form is built before the level is looked at
-    EXPECT_EQ(raised([&] { i->ToString(2); }), NotSet);
+    // The short form is built before the level is looked at.
+    EXPECT_EQ(raised([] { made<CVariableItem>([](CVariableItem& i) { i.Definition = nullptr; })->ToString(2); }), NotSet);
 }
 
 ErrorRecord wrongKind(const char* source) { return libraryError(source, errors::WrongKind); }

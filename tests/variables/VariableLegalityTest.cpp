@@ -197,19 +197,14 @@ TEST(VariableLegalValue, ProposesAValueOfTheKindsNumericFormAndStoresNothing) {
 TEST(VariableRecalcToUnit, AValueAtItsDefaultMovesTheDefaultTooElseAlone) {
     ManualClock clock;
     auto v = variableOf(ddvTDouble);
-    v->SetValue(100.0);
-    v->DefaultValue = std::int32_t{100};
-    v->VariableUnit = u"degC";
-    v->LastSetTime = Date{0.0};
+    v->SetValue(100.0), v->DefaultValue = std::int32_t{100}, v->VariableUnit = u"degC", v->LastSetTime = Date{0.0};
     call(v, u"RecalcToUnit", u"degF");
     ASSERT_EQ(v->GetValuePlain().type(), VarType::Double);
     EXPECT_NEAR(v->GetValuePlain().toDouble(), 212.0, 1e-9);
     EXPECT_EQ(v->DefaultValue, v->GetValuePlain());
     EXPECT_TRUE(v->VariableUnit == u"degF" && v->LastSetTime == Date{Noon2000});
 
-    v->SetValue(u"1,5");
-    v->DefaultValue = 2.0;
-    v->VariableUnit = u"bar";
+    v->SetValue(u"1,5"), v->DefaultValue = 2.0, v->VariableUnit = u"bar";
     v->RecalcToUnit(u"kPa");
     EXPECT_NEAR(v->GetValuePlain().toDouble(), 150.0, 1e-9);
     EXPECT_TRUE(v->DefaultValue == Variant(2.0) && v->VariableUnit == u"kPa");
@@ -222,10 +217,7 @@ TEST(VariableRecalcToUnit, FailsQuietlyAndWithoutChange) {
         {std::int32_t{5}, u"bar", u"degC"}};
     for (const auto& [value, from, to] : cases) {
         auto v = variableOf(ddvTASCII);
-        v->SetValue(value);
-        v->DefaultValue = value;
-        v->VariableUnit = from;
-        v->LastSetTime = Date{1.0};
+        v->SetValue(value), v->DefaultValue = value, v->VariableUnit = from, v->LastSetTime = Date{1.0};
         EXPECT_EQ(raised([&] { v->RecalcToUnit(to); }), NoError) << toUtf8(to);
         EXPECT_TRUE(v->GetValuePlain() == value && v->DefaultValue == value) << toUtf8(to);
         EXPECT_TRUE(v->VariableUnit == from && v->LastSetTime == Date{1.0}) << toUtf8(to);
@@ -235,8 +227,7 @@ TEST(VariableRecalcToUnit, FailsQuietlyAndWithoutChange) {
 TEST(VariableRecalcToUnit, WhatReadingTheValueChangedStaysWhenTheConversionFails) {
     ManualClock clock;
     auto v = variableOf(ddvTFloat);
-    v->DefaultValue = u"1,5";
-    v->VariableUnit = u"m";
+    v->DefaultValue = u"1,5", v->VariableUnit = u"m";
     v->RecalcToUnit(u"parsec");
     EXPECT_EQ(v->DefaultValue, Variant(1.5));  // normalised by the read
     EXPECT_TRUE(v->LastSetTime == Date{Noon2000} && v->GetValuePlain().isEmpty() && v->VariableUnit == u"m");

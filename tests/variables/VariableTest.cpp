@@ -72,16 +72,15 @@ TEST(Variable, ValueFallsBackToTheDefaultThenTheLegalValueAndStamps) {
 }
 
 TEST(Variable, InitialValueComparesAsTheRuntimeDoes) {
-    const std::tuple<Variant, Variant, bool> pairs[] = {
-        {Variant(), std::int16_t{0}, true}, {std::int32_t{5}, 5.0, true}, {u"5", std::int32_t{5}, false}};
-    for (const auto& [value, defaultValue, expected] : pairs) {
-        auto v = make<CVariable>();
-        v->SetValue(value), v->DefaultValue = defaultValue;
-        EXPECT_EQ(v->InitialValue(), expected) << text(value) << " / " << text(defaultValue);
+    const std::tuple<Variant, Variant, bool, ErrorRecord> pairs[] = {{Variant(), std::int16_t{0}, true, NoError},
+        {std::int32_t{5}, 5.0, true, NoError}, {u"5", std::int32_t{5}, false, NoError}, {Variant(), Null{}, false, NullUse}};
+    for (const auto& [value, defaultValue, expected, error] : pairs) {
+        auto v = made<CVariable>([&](CVariable& v) { v.SetValue(value), v.DefaultValue = defaultValue; });
+        bool answer = false;
+        const std::string row = testing::PrintToString(std::tie(value, defaultValue));  // Null has no text
+        EXPECT_EQ(raised([&] { answer = v->InitialValue(); }), error) << row;
+        EXPECT_EQ(answer, expected) << row;
     }
-    auto v = make<CVariable>();
-    v->DefaultValue = Null{};
-    EXPECT_EQ(raised([&] { v->InitialValue(); }), NullUse);
 }
 
 TEST(Variable, AvailableIsClearedWhenAskedSoonerThanThePeriod) {
