@@ -18,8 +18,13 @@ bool MemberInfo::has(Access a) const {
 }
 
 namespace {
-constexpr std::size_t NameHashBasis = 14695981039346656037ull;
+// Folds Name into Folded (room for Name's length) and hashes it, in one pass.
+std::size_t foldAndHash(TextView name, char16_t* folded) noexcept {
+    std::size_t h = 14695981039346656037ull;
+    for (std::size_t i = 0; i < name.size(); ++i) h = (h ^ (folded[i] = foldCase(name[i]))) * 1099511628211ull;
+    return h;
 }
+}  // namespace
 
 ClassInfo::ClassInfo(Text name, Factory factory, std::vector<MemberInfo> members)
     : name_(std::move(name)), factory_(factory), members_(std::move(members)) {
@@ -27,12 +32,10 @@ ClassInfo::ClassInfo(Text name, Factory factory, std::vector<MemberInfo> members
     idSlots_.assign(nameSlots_.size(), 0);
     const std::size_t mask = nameSlots_.size() - 1;
     for (std::size_t i = 0; i < members_.size(); ++i) {
-        Text folded = foldCase(members_[i].name);
-        if (folded.size() > MaxNameLength)
-            throw std::logic_error("member name longer than ClassInfo::MaxNameLength");
-        std::size_t h = NameHashBasis;
-        for (char16_t c : folded) h = nameHash(h, c);
-        std::size_t slot = h & mask;
+        const Text& name = members_[i].name;
+        if (name.size() > MaxNameLength) throw std::logic_error("member name longer than ClassInfo::MaxNameLength");
+        Text folded(name.size(), u'\0');
+        std::size_t slot = foldAndHash(name, folded.data()) & mask;
         while (nameSlots_[slot] != 0 && foldedNames_[nameSlots_[slot] - 1] != folded) slot = (slot + 1) & mask;
         if (nameSlots_[slot] == 0) nameSlots_[slot] = static_cast<std::uint16_t>(i + 1);  // the first of a name wins
         foldedNames_.push_back(std::move(folded));
@@ -55,11 +58,9 @@ const MemberInfo* ClassInfo::find(DispId id) const noexcept {
 const MemberInfo* ClassInfo::find(TextView name) const {
     if (name.size() > MaxNameLength) return nullptr;
     char16_t folded[MaxNameLength];
-    std::size_t h = NameHashBasis;
-    for (std::size_t i = 0; i < name.size(); ++i) h = nameHash(h, folded[i] = foldCase(name[i]));
-    const TextView probe(folded, name.size());
     const std::size_t mask = nameSlots_.size() - 1;
-    for (std::size_t slot = h & mask;; slot = (slot + 1) & mask) {
+    const TextView probe(folded, name.size());
+    for (std::size_t slot = foldAndHash(name, folded) & mask;; slot = (slot + 1) & mask) {
         const std::uint16_t member = nameSlots_[slot];
         if (member == 0) return nullptr;
         if (foldedNames_[member - 1] == probe) return &members_[member - 1];

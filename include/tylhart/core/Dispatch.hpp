@@ -107,9 +107,6 @@ private:
     // entries. A name is folded and hashed in one pass on the stack.
     // Late-bound callers look a member up on every call.
     static constexpr std::size_t MaxNameLength = 64;  // no member name is longer
-    static std::size_t nameHash(std::size_t h, char16_t folded) noexcept {
-        return (h ^ folded) * 1099511628211ull;
-    }
     std::vector<Text> foldedNames_;
     std::vector<std::uint16_t> nameSlots_;
     std::vector<std::uint16_t> idSlots_;
