@@ -119,6 +119,38 @@ TEST(ValueSet, KeysAreTextFormsSoANumberAndItsTextCollide) {
     EXPECT_TRUE(set->ToString(0).isEmpty());  // no short label
 }
 
+// A copy reads its source's store (the same elements() object) until either
+// side changes; every change parts them and leaves the other side as it was.
+TEST(ValueSet, ACopySharesTheStoreUntilEitherSideChanges) {
+    const auto valueSet = [](std::vector<const char16_t*> values) {
+        auto set = make<CValueSet>();
+        for (auto v : values) set->Add(Variant(Text(v)));
+        return set;
+    };
+    const std::vector<std::pair<const char*, std::function<void(CValueSet&)>>> changes = {
+        {"Add", [](CValueSet& s) { s.Add(Variant(Text(u"c"))); }},
+        {"Insert", [](CValueSet& s) { s.Insert(Variant(Text(u"A"))); }},
+        {"Remove", [](CValueSet& s) { s.Remove(Variant(Text(u"b"))); }},
+        {"SetFromObject", [&](CValueSet& s) { s.SetFromObject(valueSet({u"d"})); }},
+    };
+    for (const auto& [what, change] : changes)
+        for (bool changeTheCopy : {false, true}) {
+            SCOPED_TRACE(std::string(what) + (changeTheCopy ? " on the copy" : " on the source"));
+            auto source = valueSet({u"a", u"b"});
+            auto copy = source->GetCopy();
+            EXPECT_EQ(&copy->elements(), &source->elements());
+            change(changeTheCopy ? *copy : *source);
+            EXPECT_NE(&copy->elements(), &source->elements());
+            EXPECT_EQ(text((changeTheCopy ? source : copy)->ToString(2)), "ValueSet{Count:2, Items: { (a) (b)}}");
+        }
+    auto source = valueSet({u"a"});
+    auto copy = source->GetCopy();
+    copy->Remove(Variant(Text(u"x")));  // nothing to remove: nothing to part
+    EXPECT_EQ(&copy->elements(), &source->elements());
+    source = nullptr;  // the copy keeps the store alive
+    EXPECT_EQ(text(copy->ToString(2)), "ValueSet{Count:1, Items: { (a)}}");
+}
+
 Ref<CObject> handleOn(const char16_t* name) {
     return made<CCollection>([&](CCollection& c) { c.Definition()->SetName(name); })->MakeObject();
 }
@@ -138,6 +170,22 @@ TEST(ObjectSet, KeysAreTheHeldDefinitionsNamesAndCopiesReplace) {
     receiver->SetFromObject(set);  // replaces: no duplicate error, and shares the handles
     EXPECT_EQ(receiver->elements()[0].get(), set->elements()[0].get());
     EXPECT_EQ(text(receiver->ToString(2)), "ObjectSet{Count:1, Items: { OBJECT{COLLECTION{Definition{Name:main}}}}}");
+}
+
+// A copy adds the elements under the keys they have now: one renamed since
+// it was added is keyed anew, or collides, and the source keeps its keys.
+TEST(ObjectSet, ACopyKeysElementsRenamedSinceTheyWereAddedAnew) {
+    auto set = make<CObjectSet>();
+    auto renamed = handleOn(u"a");
+    set->Add(renamed);
+    set->Add(handleOn(u"b"));
+    renamed->ObjectDefinition()->SetName(u"c");
+    auto copy = set->GetCopy();
+    EXPECT_NE(&copy->elements(), &set->elements());
+    EXPECT_TRUE(copy->IsInSet(renamed));
+    EXPECT_FALSE(set->IsInSet(renamed));
+    renamed->ObjectDefinition()->SetName(u"B");
+    EXPECT_EQ(raised([&] { set->GetCopy(); }), Duplicate);
 }
 
 }  // namespace

@@ -7,18 +7,77 @@
 
 namespace tylhart {
 
-template <class Derived, class Element>
+// Where a list keeps its elements: in the list itself.
+template <class Element>
+class OwnStore {
+public:
+    const KeyedStore<Element>& read() const noexcept { return store_; }
+    KeyedStore<Element>& write() noexcept { return store_; }
+
+private:
+    KeyedStore<Element> store_;
+};
+
+// Where a set keeps its elements: a store that a shallow copy shares with
+// its source until either side changes. Both hold the very same element
+// objects, so until one adds or removes an element nobody can tell one
+// store from two, and a copy costs no entries, keys or index of its own.
+// The owner count needs no atomics: like the elements' reference counts it
+// is used by one thread at a time.
+template <class Element>
+class SharedStore {
+public:
+    SharedStore() noexcept = default;
+    SharedStore(const SharedStore&) = delete;
+    SharedStore& operator=(const SharedStore&) = delete;
+    ~SharedStore() { drop(); }
+
+    const KeyedStore<Element>& read() const noexcept {
+        static const KeyedStore<Element> none;
+        return shared_ ? shared_->store : none;
+    }
+    // The store to change, made this owner's alone first.
+    KeyedStore<Element>& write() {
+        if (!shared_) {
+            shared_ = new Shared();
+        } else if (shared_->owners > 1) {
+            auto* own = new Shared{1, shared_->store};
+            --shared_->owners;
+            shared_ = own;
+        }
+        return shared_->store;
+    }
+    void shareWith(const SharedStore& other) noexcept {
+        if (other.shared_ == shared_) return;
+        if (other.shared_) ++other.shared_->owners;
+        drop();
+        shared_ = other.shared_;
+    }
+
+private:
+    struct Shared {
+        std::size_t owners = 1;
+        KeyedStore<Element> store;
+    };
+    void drop() noexcept {
+        if (shared_ && --shared_->owners == 0) delete shared_;
+        shared_ = nullptr;
+    }
+    Shared* shared_ = nullptr;
+};
+
+template <class Derived, class Element, class Store = OwnStore<Element>>
 class Container : public Object {
 public:
     using ElementType = Element;
     static constexpr bool FreshAreAlike = true;  // see Child
 
-    std::int32_t Count() const noexcept { return static_cast<std::int32_t>(store_.size()); }
+    std::int32_t Count() const noexcept { return static_cast<std::int32_t>(stored().size()); }
 
     Ref<Enumerator> NewEnum() const {
         std::vector<Variant> items;
-        items.reserve(store_.size());
-        store_.forEach([&](const Element& e) { items.push_back(ElementOps<Element>::toVariant(e)); });
+        items.reserve(stored().size());
+        stored().forEach([&](const Element& e) { items.push_back(ElementOps<Element>::toVariant(e)); });
         return make<Enumerator>(std::move(items));
     }
 
@@ -27,7 +86,7 @@ public:
     }
 
     // C++ iteration over the stored elements.
-    const KeyedStore<Element>& elements() const noexcept { return store_; }
+    const KeyedStore<Element>& elements() const noexcept { return stored(); }
 
 protected:
     // Label and count; above level 1 ", Items: {", each element one level
@@ -39,7 +98,7 @@ protected:
         out.append(decimal(Count()));
         if (infoLevel > 1) {
             out += u", Items: {";
-            store_.forEach([&](const Element& e) {
+            stored().forEach([&](const Element& e) {
                 try {
                     ElementOps<Element>::renderItem(out, e, static_cast<std::int16_t>(infoLevel - 1));
                 } catch (const Error& e) {
@@ -67,7 +126,10 @@ protected:
     Derived& self() { return static_cast<Derived&>(*this); }
     const Derived& self() const { return static_cast<const Derived&>(*this); }
 
-    KeyedStore<Element> store_;
+    const KeyedStore<Element>& stored() const noexcept { return store_.read(); }
+    KeyedStore<Element>& storeToChange() { return store_.write(); }
+
+    Store store_;
 };
 
 }  // namespace tylhart

@@ -283,6 +283,18 @@ public:
         });
     }
 
+    // Calls F(element, key) on each element in order, the key null for an
+    // element stored without one; F returns false to stop the walk.
+    template <class F>
+    bool forEachKeyed(F&& f) const {
+        for (const auto& block : blocks_)
+            for (std::size_t offset = 0; offset < block->size(); ++offset) {
+                const std::size_t slot = block->slotAt(offset);
+                if (!f(block->entries[slot].value, keyAt(*block, slot))) return false;
+            }
+        return true;
+    }
+
 private:
     static TextView probe(TextView key) noexcept { return key; }
     static const PrefixedKey& probe(const PrefixedKey& key) noexcept { return key; }

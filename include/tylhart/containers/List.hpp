@@ -13,7 +13,8 @@ template <class Derived, class Element>
 class List : public Container<Derived, Element> {
     using Base = Container<Derived, Element>;
     using Base::self;
-    using Base::store_;
+    using Base::stored;
+    using Base::storeToChange;
 
 public:
 
@@ -21,23 +22,24 @@ public:
     // beyond Count is the store's subscript error.
     void Add(const Element& newElement, std::int32_t before = 0, std::int32_t after = 0) {
         self().check(newElement);
-        std::size_t at = store_.size();
-        if (before >= 1 && !store_.empty()) at = store_.positionIndex(before);
-        else if (after >= 1 && !store_.empty()) at = store_.positionIndex(after) + 1;
-        store_.insert(at, newElement);
+        KeyedStore<Element>& store = storeToChange();
+        std::size_t at = store.size();
+        if (before >= 1 && !store.empty()) at = store.positionIndex(before);
+        else if (after >= 1 && !store.empty()) at = store.positionIndex(after) + 1;
+        store.insert(at, newElement);
         self().accepted(newElement);
     }
 
     // The stored element itself. Lists have no keys, so a text index fails
     // as a missing key.
-    Element Item(const Variant& index) const { return store_[store_.indexFor(index)]; }
-    void Remove(const Variant& index) { store_.erase(store_.indexFor(index)); }
+    Element Item(const Variant& index) const { return stored()[stored().indexFor(index)]; }
+    void Remove(const Variant& index) { storeToChange().erase(stored().indexFor(index)); }
     // First position from Start whose element equals obj under the element
     // class's full comparison; -1 when none. Start below 1 fails at the
     // first look-up, as a walk by position does.
     std::int32_t FindFirst(const Element& obj, std::int32_t start = 1) const {
         for (std::int64_t i = start; i <= this->Count(); ++i)
-            if (ElementOps<Element>::equal(obj, store_.at(i))) return static_cast<std::int32_t>(i);
+            if (ElementOps<Element>::equal(obj, stored().at(i))) return static_cast<std::int32_t>(i);
         return -1;
     }
 
@@ -48,20 +50,22 @@ public:
     void SetFromObject(const Ref<Derived>& toCopy) {
         if (!toCopy) errors::raise(errors::Runtime::ObjectNotSet);
         std::vector<Element> copies;
-        copies.reserve(toCopy->store_.size());
-        toCopy->store_.forEach([&](const Element& e) { copies.push_back(ElementOps<Element>::copy(e)); });
+        copies.reserve(toCopy->stored().size());
+        toCopy->stored().forEach([&](const Element& e) { copies.push_back(ElementOps<Element>::copy(e)); });
         self().copyHeaderFrom(*toCopy);
-        store_.clear();
-        store_.reserve(copies.size());
+        storeToChange().clear();
+        storeToChange().reserve(copies.size());
         for (const Element& e : copies) Add(e);
     }
 
     bool Compare(const Ref<Derived>& toCompare) const {
         if (!toCompare) errors::raise(errors::Runtime::ObjectNotSet);
         if (!self().headerEquals(*toCompare)) return false;
-        if (store_.size() != toCompare->store_.size()) return false;
-        for (std::size_t i = 0; i < store_.size(); ++i)
-            if (!ElementOps<Element>::equal(store_[i], toCompare->store_[i])) return false;
+        const KeyedStore<Element>& mine = stored();
+        const KeyedStore<Element>& theirs = toCompare->stored();
+        if (mine.size() != theirs.size()) return false;
+        for (std::size_t i = 0; i < mine.size(); ++i)
+            if (!ElementOps<Element>::equal(mine[i], theirs[i])) return false;
         return true;
     }
 

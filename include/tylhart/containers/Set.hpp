@@ -20,10 +20,11 @@ namespace tylhart {
 // non-null label makes levels below 1 render "label count}"),
 // ReplacesOnCopy, HasUnion, describeItem, and Union.
 template <class Derived, class Element>
-class Set : public Container<Derived, Element> {
-    using Base = Container<Derived, Element>;
+class Set : public Container<Derived, Element, SharedStore<Element>> {
+    using Base = Container<Derived, Element, SharedStore<Element>>;
     using Base::self;
-    using Base::store_;
+    using Base::stored;
+    using Base::storeToChange;
 
 public:
 
@@ -40,7 +41,7 @@ public:
     void Insert(const Element& newElement) {
         self().check(newElement);
         Text key = keyOf(newElement);
-        store_.eraseKey(TextView(key));
+        storeToChange().eraseKey(TextView(key));
         addUnder(newElement, std::move(key));
     }
 
@@ -49,18 +50,19 @@ public:
     Ref<Derived> Union(const Ref<Derived>& newSet) const {
         if (!newSet) errors::raise(errors::Runtime::ObjectNotSet);
         Ref<Derived> result = this->GetCopy();
-        newSet->store_.forEach([&](const Element& e) { result->Insert(e); });
+        newSet->stored().forEach([&](const Element& e) { result->Insert(e); });
         return result;
     }
 
     // A fresh copy of the element at Index (values are returned as stored).
-    Element Item(std::int32_t index) const { return ElementOps<Element>::copy(store_.at(index)); }
+    Element Item(std::int32_t index) const { return ElementOps<Element>::copy(stored().at(index)); }
 
     // Absent keys and keys that cannot be computed are ignored.
     void Remove(const Element& element) {
         try {
             const auto& property = Derived::keyText(element);
-            store_.eraseKey(PrefixedKey{KeyPrefix, property});
+            const PrefixedKey key{KeyPrefix, property};
+            if (stored().contains(key)) storeToChange().eraseKey(key);
         } catch (const Error&) {
         }
     }
@@ -68,7 +70,7 @@ public:
     bool IsInSet(const Element& element) const {
         try {
             const auto& property = Derived::keyText(element);
-            return store_.contains(PrefixedKey{KeyPrefix, property});
+            return stored().contains(PrefixedKey{KeyPrefix, property});
         } catch (const Error&) {
             return false;
         }
@@ -86,19 +88,23 @@ public:
         if (toCopy.get() == &self()) {
             // Into itself: a merging set meets its own first key as a
             // duplicate; a replacing one keeps what it holds.
-            if (!Derived::ReplacesOnCopy && !store_.empty()) errors::raise(errors::Runtime::DuplicateKey);
+            if (!Derived::ReplacesOnCopy && !stored().empty()) errors::raise(errors::Runtime::DuplicateKey);
+            return;
+        }
+        if (sharesOnCopy(*toCopy)) {
+            this->store_.shareWith(toCopy->store_);
             return;
         }
         if constexpr (Derived::ReplacesOnCopy) {
-            KeyedStore<Element> kept = std::exchange(store_, KeyedStore<Element>());
+            KeyedStore<Element> kept = std::exchange(storeToChange(), KeyedStore<Element>());
             try {
-                toCopy->store_.forEach([&](const Element& e) { Add(e); });
+                toCopy->stored().forEach([&](const Element& e) { Add(e); });
             } catch (...) {
-                store_ = std::move(kept);
+                storeToChange() = std::move(kept);
                 throw;
             }
         } else {
-            toCopy->store_.forEach([&](const Element& e) { Add(e); });
+            toCopy->stored().forEach([&](const Element& e) { Add(e); });
         }
     }
 
@@ -108,8 +114,8 @@ public:
     bool Compare(const Ref<Derived>& toCompare) const {
         if (!toCompare) errors::raise(errors::Runtime::ObjectNotSet);
         if (!self().headerEquals(*toCompare)) return false;
-        if (store_.size() != toCompare->store_.size()) return false;
-        return toCompare->store_.forEach([&](const Element& e) { return IsInSet(e); });
+        if (stored().size() != toCompare->stored().size()) return false;
+        return toCompare->stored().forEach([&](const Element& e) { return IsInSet(e); });
     }
 
     Variant ToString(std::int16_t infoLevel = 1) const {
@@ -124,10 +130,10 @@ public:
     // The element stored under the key made from a key property's text, as
     // a copy; the missing-key error when absent.
     Element findByKeyText(TextView keyText) const {
-        return ElementOps<Element>::copy(store_.atKey(PrefixedKey{KeyPrefix, keyText}));
+        return ElementOps<Element>::copy(stored().atKey(PrefixedKey{KeyPrefix, keyText}));
     }
     // The stored element under that key, or null.
-    const Element* findKeyText(TextView keyText) const { return store_.lookup(PrefixedKey{KeyPrefix, keyText}); }
+    const Element* findKeyText(TextView keyText) const { return stored().lookup(PrefixedKey{KeyPrefix, keyText}); }
 
     static ClassInfo describe() {
         ClassBuilder<Derived> b(Derived::TypeName);
@@ -172,9 +178,39 @@ private:
     }
     // Stores an element whose key is known to be absent.
     void addUnder(const Element& newElement, Text key) {
-        store_.append(newElement, std::move(key));
+        storeToChange().append(newElement, std::move(key));
         self().accepted(newElement);
     }
+
+    // Whether copying Source may share its store instead of adding its
+    // elements one by one. Adding them would store the same elements under
+    // the keys they have now, in order, so sharing is the same result when
+    // every stored key is still what its element's key property gives (an
+    // element changed since it was added gets a new key, or a duplicate, on
+    // a real add), when nothing is merged into (this set is empty or
+    // replaces its content) and when the set has no hooks of its own that
+    // an add would run.
+    bool sharesOnCopy(const Derived& source) const {
+        if constexpr (!DefaultHooks) {
+            return false;
+        } else {
+            if (!Derived::ReplacesOnCopy && !stored().empty()) return false;
+            try {
+                return source.stored().forEachKeyed([](const Element& e, const Text* key) {
+                    if (!key) return false;
+                    const auto& property = Derived::keyText(e);
+                    const TextView text = property;
+                    return key->size() == text.size() + 1 && (*key)[0] == KeyPrefix &&
+                           TextView(*key).substr(1) == text;
+                });
+            } catch (const Error&) {
+                return false;  // the add reports it
+            }
+        }
+    }
+    static constexpr bool DefaultHooks =
+        std::is_same_v<decltype(&Derived::check), decltype(&Set::check)> &&
+        std::is_same_v<decltype(&Derived::accepted), decltype(&Set::accepted)>;
 };
 
 }  // namespace tylhart
