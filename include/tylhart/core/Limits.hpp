@@ -38,10 +38,26 @@ void checkElements(std::int64_t count);
 // are called from one thread.
 class DepthGuard {
 public:
-    DepthGuard();
-    ~DepthGuard();
+    // Inline: every copy, comparison and rendering of a child opens one.
+    DepthGuard() {
+        Walk& w = walk;
+        if (w.depth == 0) w.visits = 0;
+        if (w.depth >= MaxDepth || w.visits >= MaxVisits) tooDeep();
+        ++w.depth;
+        ++w.visits;
+    }
+    ~DepthGuard() { --walk.depth; }
     DepthGuard(const DepthGuard&) = delete;
     DepthGuard& operator=(const DepthGuard&) = delete;
+
+private:
+    struct Walk {
+        int depth = 0;
+        std::int64_t visits = 0;  // since the outermost guard opened
+    };
+    // Constant-initialized, so a read needs no initialization check.
+    static thread_local constinit Walk walk;
+    [[noreturn]] static void tooDeep();
 };
 
 }  // namespace tylhart
