@@ -37,12 +37,12 @@ Variant CTransaction::ToString(std::int16_t infoLevel) const {
     Text out = u"Transaction{TNo:" + decimal(TNo);
     if (infoLevel > 1) {
         const std::int16_t lower = childLevel(infoLevel);
-        if (Request) out.append(u", Request:"sv).append(concatText(Request.render(lower)));
+        if (Request) Request.renderInto(out.append(u", Request:"sv), lower);
         // The response codes stand where the reply would: callers compare
         // this text, so the reply list is never printed. Without response
         // codes there is nothing to print there and the rendering fails.
-        if (Reply) out.append(u", Reply:"sv).append(concatText(ResponseCodes.render(lower)));
-        if (ResponseCodes) out.append(u", ResponseCodes:"sv).append(concatText(ResponseCodes.render(lower)));
+        if (Reply) ResponseCodes.renderInto(out.append(u", Reply:"sv), lower);
+        if (ResponseCodes) ResponseCodes.renderInto(out.append(u", ResponseCodes:"sv), lower);
     }
     return std::move(out) + u"}";
 }
@@ -108,8 +108,8 @@ Variant CCommand::ToString(std::int16_t infoLevel) const {
         const Text number = u", Number:" + decimal(Number);
         out += number + number;
         const std::int16_t lower = childLevel(infoLevel);
-        if (Transactions) out.append(u", Transactions:"sv).append(concatText(Transactions.render(lower)));
-        if (ResponseCodes) out.append(u", ResponseCodes:"sv).append(concatText(ResponseCodes.render(lower)));
+        if (Transactions) Transactions.renderInto(out.append(u", Transactions:"sv), lower);
+        if (ResponseCodes) ResponseCodes.renderInto(out.append(u", ResponseCodes:"sv), lower);
     }
     return std::move(out) + u"}";
 }

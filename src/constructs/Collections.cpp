@@ -142,7 +142,7 @@ Variant RecordConstruct<Derived>::ToString(std::int16_t infoLevel) const {
     if (infoLevel > 1) {
         out.append(u", Label:"sv).append(Label + u", Help:" + Help);
         if (const auto& children = static_cast<const Derived&>(*this).*Derived::Children)
-            out.append(u", "sv).append(Text(Derived::ChildrenName) + u":" + concatText(children.render(childLevel(infoLevel))));
+            children.renderInto(out.append(u", "sv).append(Derived::ChildrenName).append(u":"sv), childLevel(infoLevel));
     }
     return std::move(out) + u"}";
 }

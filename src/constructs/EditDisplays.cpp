@@ -50,7 +50,7 @@ Variant CEditDisplay::ToString(std::int16_t infoLevel) const {
     if (infoLevel > 1) {
         out.append(u", Label:"sv).append(Label);
         const auto add = [&](const char16_t* label, const auto& list) {
-            if (list) out += label + concatText(list.render(childLevel(infoLevel)));
+            if (list) list.renderInto(out.append(label), childLevel(infoLevel));
         };
         add(u", DisplayItems:", DisplayItems);
         add(u", EditItems:", EditItems);

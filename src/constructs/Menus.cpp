@@ -53,7 +53,7 @@ Variant CMenu::ToString(std::int16_t infoLevel) const {
     Text out = renderHead(u"MENU{", infoLevel);
     if (infoLevel > 1) {
         out.append(u", Label:"sv).append(Label + u", Review:" + boolText(review_));
-        if (Items) out.append(u", Items:"sv).append(concatText(Items.render(childLevel(infoLevel))));
+        if (Items) Items.renderInto(out.append(u", Items:"sv), childLevel(infoLevel));
     }
     return std::move(out) + u"}";
 }

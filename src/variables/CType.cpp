@@ -369,9 +369,9 @@ Variant CType::ToString(std::int16_t infoLevel) const {
                 .append(displayFormat_).append(u", EditFormat:"sv).append(editFormat_);
         }
         if (kind_ == ddvTEnumerator)
-            out.append(u", Enumerators:"sv).append(concatText(EnumeratorSet.render(child)));
+            EnumeratorSet.renderInto(out.append(u", Enumerators:"sv), child);
         if (kind_ == ddvTBitEnumerator)
-            out.append(u", BitEnumerators:"sv).append(concatText(BitEnumeratorSet.render(child)));
+            BitEnumeratorSet.renderInto(out.append(u", BitEnumerators:"sv), child);
         if (kind_ == ddvTIndex) {
             if (arrayObject_) out.append(u", ArrayObject:"sv).append(concatText(arrayObject_->ToString(child)));
             // The array object's text again, under the domain's label; the

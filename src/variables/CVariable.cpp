@@ -217,9 +217,9 @@ Variant CVariable::ToString(std::int16_t infoLevel) const {
         out.append(u", m_Handling:"sv).append(handling_.text());
         if (relations_) {
             // Printed twice: readers of this text expect both copies.
-            const Text relations = u", m_Relations:" + concatText(relations_.render(lower(infoLevel, 2)));
-            out += relations;
-            out += relations;
+            const std::size_t start = out.size();
+            relations_.renderInto(out.append(u", m_Relations:"sv), lower(infoLevel, 2));
+            out.append(out, start);
         }
         const std::pair<const char16_t*, const Child<CDefinitionList>*> lists[] = {
             {u", PreEditActions:", &PreEditActions},   {u", PostEditActions:", &PostEditActions},
@@ -227,7 +227,7 @@ Variant CVariable::ToString(std::int16_t infoLevel) const {
             {u", PreWriteActions:", &PreWriteActions}, {u", PostWriteActions:", &PostWriteActions},
         };
         for (const auto& [label, list] : lists)
-            if (*list) out += label + concatText(list->render(lower(infoLevel, 2)));
+            if (*list) list->renderInto(out.append(label), lower(infoLevel, 2));
     }
     return std::move(out) + u"}";
 }

@@ -7,24 +7,6 @@
 
 namespace tylhart {
 
-// Text of a rendering part as string concatenation sees it: Empty and Null
-// add nothing. A part longer than MaxElements characters is "Out of
-// memory": renderings of shared graphs grow with every path, and the texts
-// of the levels above would each copy it again.
-inline Text concatText(const Variant& v) {
-    if (v.isEmpty() || v.isNull()) return Text();
-    Text text = v.toText();
-    checkElements(static_cast<std::int64_t>(text.size()));
-    return text;
-}
-// The same for a part made only to be appended: its text is moved out.
-inline Text concatText(Variant&& v) {
-    if (v.isEmpty() || v.isNull()) return Text();
-    Text text = std::move(v).toText();
-    checkElements(static_cast<std::int64_t>(text.size()));
-    return text;
-}
-
 // The level a child renders at: one less than its owner's, so each level
 // of nesting loses one level of detail.
 inline std::int16_t childLevel(std::int16_t infoLevel) { return static_cast<std::int16_t>(infoLevel - 1); }

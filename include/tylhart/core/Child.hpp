@@ -14,10 +14,30 @@
 #include <utility>
 
 #include "tylhart/core/Error.hpp"
+#include "tylhart/core/Limits.hpp"
 #include "tylhart/core/Object.hpp"
 #include "tylhart/core/Variant.hpp"
 
 namespace tylhart {
+
+// Text of a rendering part as string concatenation sees it: Empty and Null
+// add nothing. A part longer than MaxElements characters is "Out of
+// memory": renderings of shared graphs grow with every path, and the texts
+// of the levels above would each copy it again.
+inline Text concatText(const Variant& v) {
+    if (v.isEmpty() || v.isNull()) return Text();
+    Text text = v.toText();
+    checkElements(static_cast<std::int64_t>(text.size()));
+    return text;
+}
+// The same for a part made only to be appended: its text is moved out.
+inline Text concatText(Variant&& v) {
+    if (v.isEmpty() || v.isNull()) return Text();
+    Text text = std::move(v).toText();
+    checkElements(static_cast<std::int64_t>(text.size()));
+    return text;
+}
+
 
 // How a child comes into being: a fresh T, unless a class says otherwise.
 template <class T>
@@ -98,15 +118,30 @@ public:
             if (!object_) errors::raise(errors::Runtime::ObjectNotSet);
             return object_->ToString(infoLevel);
         }
-        thread_local std::array<std::optional<Variant>, 16> fresh;
-        if (infoLevel < 0 || static_cast<std::size_t>(infoLevel) >= fresh.size())
-            return make<T>()->ToString(infoLevel);
-        std::optional<Variant>& text = fresh[static_cast<std::size_t>(infoLevel)];
-        if (!text) text = make<T>()->ToString(infoLevel);
-        return *text;
+        if (const Variant* fresh = freshRendering(infoLevel)) return *fresh;
+        return make<T>()->ToString(infoLevel);
+    }
+    // Appends the child's rendering as concatenation sees it (concatText);
+    // for one not yet made, the shared text in place.
+    void renderInto(Text& out, std::int16_t infoLevel) const {
+        static_assert(StandsInFresh);
+        const Variant* fresh = made_ ? nullptr : freshRendering(infoLevel);
+        const Text* text = fresh ? fresh->get<Text>() : nullptr;
+        if (text) out.append(*text);
+        else out.append(concatText(render(infoLevel)));
     }
 
 private:
+    // The rendering of a fresh T at a level from 0 to 15, made once per
+    // thread; null at other levels.
+    static const Variant* freshRendering(std::int16_t infoLevel) {
+        thread_local std::array<std::optional<Variant>, 16> fresh;
+        if (infoLevel < 0 || static_cast<std::size_t>(infoLevel) >= fresh.size()) return nullptr;
+        std::optional<Variant>& text = fresh[static_cast<std::size_t>(infoLevel)];
+        if (!text) text = make<T>()->ToString(infoLevel);
+        return &*text;
+    }
+
     mutable Ref<T> object_;
     mutable bool made_ = false;
 };

@@ -60,7 +60,7 @@ protected:
         Text out;
         // Room for a typical rendering of the level, so the fields that
         // follow are appended without growing the text again and again.
-        out.reserve(infoLevel > 1 ? 480 : 64);
+        out.reserve(infoLevel > 2 ? 960 : infoLevel > 1 ? 480 : 64);
         out += tag;
         if (definition_) out += concatDefinition(infoLevel);
         return out;
