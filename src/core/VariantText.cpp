@@ -1,6 +1,7 @@
 // Text forms of numbers, currency amounts and dates, as the Automation
 // runtime writes them under locale 0x0409 (VarBstrFromR8, VarBstrFromDate,
 // ...), and the calendar behind dates.
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <cstdint>
@@ -214,23 +215,33 @@ Text formatDate(Date d) {
     const bool showDate = !(whole == 0.0);
     const bool showTime = !(v == whole) || whole == 0.0;
     const DateTimeParts p = splitDate(v);
-    // Built by hand rather than by printf: every rendering of a variable
-    // prints its LastSetTime.
-    Text out;
-    const auto number = [&out](int n, bool twoDigits = false) {
-        if (twoDigits && n >= 0 && n < 10) out += u'0';
-        out += decimal(n);
+    // Built by hand on the stack rather than by printf or appends: every
+    // rendering of a variable prints its LastSetTime. The longest text,
+    // "12/31/9999 12:59:59 PM", takes 22 characters.
+    std::array<char16_t, 48> text;
+    std::size_t length = 0;
+    const auto put = [&](char16_t c) { text[length++] = c; };
+    const auto number = [&](int n, bool twoDigits = false) {
+        if (twoDigits && n >= 0 && n < 10) put(u'0');
+        if (n < 0) put(u'-');
+        unsigned magnitude = n < 0 ? 0u - static_cast<unsigned>(n) : static_cast<unsigned>(n);
+        char16_t digits[10];
+        int count = 0;
+        do digits[count++] = static_cast<char16_t>(u'0' + magnitude % 10);
+        while ((magnitude /= 10) > 0);
+        while (count > 0) put(digits[--count]);
     };
     if (showDate) {
-        number(p.date.month), out += u'/', number(p.date.day), out += u'/', number(p.date.year);
+        number(p.date.month), put(u'/'), number(p.date.day), put(u'/'), number(p.date.year);
     }
     if (showTime) {
-        if (showDate) out += u' ';
-        number(p.hour % 12 == 0 ? 12 : p.hour % 12), out += u':';
-        number(p.minute, true), out += u':';
+        if (showDate) put(u' ');
+        number(p.hour % 12 == 0 ? 12 : p.hour % 12), put(u':');
+        number(p.minute, true), put(u':');
         number(p.second, true);
-        out += p.hour < 12 ? u" AM" : u" PM";
+        put(u' '), put(p.hour < 12 ? u'A' : u'P'), put(u'M');
     }
+    Text out(text.data(), length);
     return out;
 }
 
