@@ -11,7 +11,6 @@
 #include <optional>
 #include <tuple>
 #include <type_traits>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -53,6 +52,117 @@ struct CaseInsensitiveEqual {
                equalsIgnoringCase(a.substr(1), b.rest);
     }
     bool operator()(const PrefixedKey& a, TextView b) const noexcept { return (*this)(b, a); }
+};
+
+// The hash index of a large store: open addressing with linear probing
+// over a power-of-two table of (hash, node) slots, at most three quarters
+// full. A node holds a key, its hash and its element's place, and never
+// moves while the key is stored, so the element's entry points at it. A
+// look-up compares full hashes before it reads a node, and neither finding
+// a slot nor walking past another key's slot divides or hashes again; a
+// removal shifts the slots after it back instead of leaving a tombstone.
+template <class Place>
+class KeyIndex {
+public:
+    struct Node {
+        Text key;
+        Place place;
+        std::size_t hash = 0;
+    };
+
+    KeyIndex() noexcept = default;
+    KeyIndex(const KeyIndex&) = delete;
+    KeyIndex& operator=(const KeyIndex&) = delete;
+    KeyIndex(KeyIndex&& other) noexcept
+        : slots_(std::move(other.slots_)), size_(std::exchange(other.size_, 0)) {}
+    KeyIndex& operator=(KeyIndex&& other) noexcept {
+        if (this != &other) {
+            clear();
+            slots_ = std::move(other.slots_);
+            size_ = std::exchange(other.size_, 0);
+        }
+        return *this;
+    }
+    ~KeyIndex() { clear(); }
+
+    std::size_t size() const noexcept { return size_; }
+    // Room for N keys without growing the table.
+    void reserve(std::size_t n) {
+        if (n * 4 > slots_.size() * 3) rehash(std::bit_ceil(std::max<std::size_t>(16, n + n / 3 + 1)));
+    }
+
+    // Key is a TextView or a PrefixedKey.
+    template <class Key>
+    Node* find(const Key& key) const noexcept {
+        return slots_.empty() ? nullptr : find(CaseInsensitiveHash{}(key), key);
+    }
+    // The node stored under Key, made when there is none; false when one
+    // was there. Nothing changes when making it fails.
+    std::pair<Node*, bool> tryEmplace(Text key) {
+        const std::size_t hash = CaseInsensitiveHash{}(TextView(key));
+        if (!slots_.empty())
+            if (Node* found = find(hash, TextView(key))) return {found, false};
+        reserve(size_ + 1);
+        auto* node = new Node{std::move(key), Place{}, hash};
+        slotFor(hash) = Slot{hash, node};
+        ++size_;
+        return {node, true};
+    }
+    void erase(Node* node) noexcept {
+        std::size_t hole = node->hash & mask();
+        while (slots_[hole].node != node) hole = (hole + 1) & mask();
+        // Each later slot of the run moves back into the hole unless that
+        // would put it before its home slot.
+        for (std::size_t next = (hole + 1) & mask(); slots_[next].node; next = (next + 1) & mask()) {
+            const std::size_t home = slots_[next].hash & mask();
+            if (((next - home) & mask()) >= ((next - hole) & mask())) {
+                slots_[hole] = slots_[next];
+                hole = next;
+            }
+        }
+        slots_[hole] = Slot{};
+        delete node;
+        --size_;
+    }
+    void clear() noexcept {
+        for (const Slot& slot : slots_) delete slot.node;
+        slots_ = {};
+        size_ = 0;
+    }
+    template <class F>
+    void forEachNode(F&& f) const {
+        for (const Slot& slot : slots_)
+            if (slot.node) f(*slot.node);
+    }
+
+private:
+    struct Slot {
+        std::size_t hash = 0;
+        Node* node = nullptr;
+    };
+    std::size_t mask() const noexcept { return slots_.size() - 1; }
+    template <class Key>
+    Node* find(std::size_t hash, const Key& key) const noexcept {
+        for (std::size_t i = hash & mask();; i = (i + 1) & mask()) {
+            const Slot& slot = slots_[i];
+            if (!slot.node) return nullptr;
+            if (slot.hash == hash && CaseInsensitiveEqual{}(TextView(slot.node->key), key)) return slot.node;
+        }
+    }
+    // The free slot where a new key with this hash goes.
+    Slot& slotFor(std::size_t hash) noexcept {
+        std::size_t i = hash & mask();
+        while (slots_[i].node) i = (i + 1) & mask();
+        return slots_[i];
+    }
+    void rehash(std::size_t capacity) {
+        std::vector<Slot> old = std::exchange(slots_, std::vector<Slot>(capacity));
+        for (const Slot& slot : old)
+            if (slot.node) slotFor(slot.hash) = slot;
+    }
+
+    std::vector<Slot> slots_;
+    std::size_t size_ = 0;
 };
 
 // Layout: entries live in blocks of at most Capacity entries, in order. A
@@ -97,8 +207,8 @@ class KeyedStore {
         Block* block = nullptr;
         std::size_t slot = 0;
     };
-    using Index = std::unordered_map<Text, Place, CaseInsensitiveHash, CaseInsensitiveEqual>;
-    using Node = typename Index::value_type;
+    using Index = KeyIndex<Place>;
+    using Node = typename Index::Node;
     struct Entry {
         T value;
         Node* node = nullptr;  // this element's key and place, when keyed
@@ -220,14 +330,14 @@ public:
         }
         Node* node = nullptr;
         if (key) {
-            auto [it, added] = index_.try_emplace(std::move(*key));
+            auto [made, added] = index_.tryEmplace(std::move(*key));
             if (!added) errors::raise(errors::Runtime::DuplicateKey);
-            node = &*it;
+            node = made;
         }
         try {
             place(index, Entry{std::move(value), node});
         } catch (...) {
-            if (node) index_.erase(node->first);
+            if (node) index_.erase(node);
             throw;
         }
     }
@@ -239,7 +349,7 @@ public:
         auto [b, offset] = locate(index);
         Block& block = *blocks_[b];
         unorderFor(block, offset);
-        if (Node* node = block.entries[block.slotAt(offset)].node) index_.erase(node->first);
+        if (Node* node = block.entries[block.slotAt(offset)].node) index_.erase(node);
         unlink(b, offset);
     }
     // Removes the element stored under Key; false when there is none.
@@ -249,7 +359,7 @@ public:
         if (!at.block) return false;
         unorderFor(*at.block, at.block->offsetOf(at.slot));
         const std::size_t offset = at.block->offsetOf(at.slot);
-        if (Node* node = at.block->entries[at.slot].node) index_.erase(node->first);
+        if (Node* node = at.block->entries[at.slot].node) index_.erase(node);
         unlink(at.block->ordinal, offset);
         return true;
     }
@@ -308,11 +418,11 @@ private:
                     return Place{blocks_.front().get(), slot};
             return Place{};
         }
-        auto it = index_.find(probe(key));
-        return it == index_.end() ? Place{} : it->second;
+        const Node* node = index_.find(probe(key));
+        return node ? node->place : Place{};
     }
     const Text* keyAt(const Block& block, std::size_t slot) const noexcept {
-        if (indexed_) return block.entries[slot].node ? &block.entries[slot].node->first : nullptr;
+        if (indexed_) return block.entries[slot].node ? &block.entries[slot].node->key : nullptr;
         return slot < smallKeys_.size() && smallKeys_[slot] ? &*smallKeys_[slot] : nullptr;
     }
     // A small store grows out of its keys beside the entries: each key gets
@@ -324,8 +434,8 @@ private:
         if (!blocks_.empty()) {
             Block& block = *blocks_.front();
             for (std::size_t slot = 0; slot < smallKeys_.size(); ++slot)
-                if (smallKeys_[slot]) index.try_emplace(*smallKeys_[slot], Place{&block, slot});
-            for (auto& node : index) block.entries[node.second.slot].node = &node;
+                if (smallKeys_[slot]) index.tryEmplace(*smallKeys_[slot]).first->place = Place{&block, slot};
+            index.forEachNode([&](Node& node) { block.entries[node.place.slot].node = &node; });
         }
         index_ = std::move(index);
         smallKeys_ = {};
@@ -450,7 +560,7 @@ private:
             block.rank.push_back(static_cast<Offset>(offset));
             block.order.insert(block.order.begin() + static_cast<std::ptrdiff_t>(offset), slot);
         }
-        if (entry.node) entry.node->second = Place{&block, slot};
+        if (entry.node) entry.node->place = Place{&block, slot};
         block.entries.push_back(std::move(entry));
         counted(b, +1);
     }
@@ -495,7 +605,7 @@ private:
         Entry& moved = block.entries[to] = std::move(block.entries[from]);
         block.rank[to] = block.rank[from];
         block.order[block.rank[to]] = static_cast<Offset>(to);
-        if (moved.node) moved.node->second.slot = to;
+        if (moved.node) moved.node->place.slot = to;
     }
 
     // A new empty block at position B with room for Room entries. The
@@ -517,7 +627,7 @@ private:
         Block& from = *blocks_[b];
         for (std::size_t k = half; k < from.size(); ++k) {
             Entry& e = from.entries[from.slotAt(k)];
-            if (e.node) e.node->second = Place{&into, k - half};
+            if (e.node) e.node->place = Place{&into, k - half};
             into.entries.push_back(std::move(e));
         }
         // Fill the slots left below Half with the staying entries above it
@@ -567,7 +677,7 @@ private:
         }
         for (std::size_t s = 0; s < from.size(); ++s) {
             Entry& e = from.entries[s];
-            if (e.node) e.node->second = Place{&into, base + s};
+            if (e.node) e.node->place = Place{&into, base + s};
             into.entries.push_back(std::move(e));
             if (!ordered) into.rank.push_back(static_cast<Offset>(base + from.rank[s]));
         }
