@@ -212,7 +212,7 @@ void SetInsertExisting(benchmark::State& state) {
         [&](std::size_t k) {
             const Ref<CDefinition>& d = stored[k & 4095];
             f.plain.erase(*f.plain.find(d->checkedName()));
-            f.plain.insert(f.plain.size(), d, d->checkedName());
+            f.plain.insert(f.plain.size(), d, Text(d->checkedName()));
         });
 }
 

@@ -9,17 +9,19 @@ constexpr char16_t NameSource[] = u"CDefinition.DefName";
 constexpr char16_t InitializeSource[] = u"CDefinition.Initialize";
 }  // namespace
 
-const Text& CDefinition::checkedName() const {
+TextView CDefinition::checkedName() const {
     if (!initialized()) errors::raise(NameSource, errors::NotInitialized);
     return name_;
 }
 
 void CDefinition::SetName(Text newName) {
     if (!initialized()) errors::raise(NameSource, errors::NotInitialized);
-    name_ = std::move(newName);
+    name_ = SharedText(newName);
 }
 
-void CDefinition::Initialize(Text newName, enumDDObjectKind newKind) {
+void CDefinition::Initialize(Text newName, enumDDObjectKind newKind) { initialize(SharedText(newName), newKind); }
+
+void CDefinition::initialize(SharedText newName, enumDDObjectKind newKind) {
     // The kind-change check comes first, so changing a fixed kind to an
     // out-of-range value reports the "Once a Kind" message.
     if (initialized() && newKind != kind_) errors::raise(InitializeSource, errors::KindFixed);
@@ -36,22 +38,23 @@ void CDefinition::SetFromObject(const Ref<CDefinition>& toCopy) {
     if (!toCopy) errors::raise(errors::Runtime::ObjectNotSet);
     if (!toCopy->initialized()) {
         // The one way an initialised definition loses its kind.
-        name_ = u"unknown";
+        name_ = SharedText::ofStatic(u"unknown"sv);
         kind_ = ddoKUndefined;
         return;
     }
-    Initialize(toCopy->name_, toCopy->kind_);
+    initialize(toCopy->name_, toCopy->kind_);
 }
 
 bool CDefinition::Compare(const Ref<CDefinition>& toCompare) const {
     if (!toCompare) errors::raise(errors::Runtime::ObjectNotSet);
     if (kind_ != toCompare->kind_) return false;
-    return !initialized() || name_ == toCompare->name_;
+    return !initialized() || name_.view() == toCompare->name_.view();
 }
 
 Variant CDefinition::ToString(std::int16_t infoLevel) const {
     if (infoLevel < 1) return Variant();
-    Text out = u"Definition{Name:" + name_;
+    Text out = u"Definition{Name:";
+    out.append(name_.view());
     if (infoLevel > 1) out.append(u", Kind:"sv).append(decimal(kind_));
     out += u"}";
     return out;

@@ -1,6 +1,22 @@
 #include "tylhart/core/Text.hpp"
 
+#include <algorithm>
+#include <new>
+
 namespace tylhart {
+
+SharedText::SharedText(TextView text) {
+    if (text.empty()) return;
+    // One block: the count, then the characters.
+    void* memory = ::operator new(sizeof(std::size_t) + text.size() * sizeof(char16_t));
+    block_ = new (memory) std::size_t(1);
+    auto* chars = reinterpret_cast<char16_t*>(block_ + 1);
+    std::copy(text.begin(), text.end(), chars);
+    data_ = chars;
+    size_ = text.size();
+}
+
+void SharedText::release(std::size_t* block) noexcept { ::operator delete(block); }
 
 Text fromUtf8(std::string_view in) {
     Text out;

@@ -48,6 +48,9 @@ TEST(Definition, CopiesAreIndependentAnotherKindIsRefusedAndUninitialisedSources
     EXPECT_TRUE(copy->Compare(a));
     copy->SetName(u"other");
     EXPECT_EQ(a->Name(), u"pressure");
+    auto sharing = a->GetCopy();  // copies share the name until one is renamed
+    a->SetName(u"renamed");
+    EXPECT_EQ(sharing->Name(), u"pressure");
     expectRefused(a, [&] { a->SetFromObject(makeDefinition(u"cmd", ddoKCommandDef)); }, KindFixed);
 
     EXPECT_EQ(make<CDefinition>()->GetCopy()->Kind(), -1);

@@ -9,7 +9,7 @@ namespace tylhart {
 
 // Reads Name, so an uninitialised definition fails with its own error.
 struct DefinitionKey {
-    static const Text& keyText(const Ref<CDefinition>& d) {
+    static TextView keyText(const Ref<CDefinition>& d) {
         if (!d) errors::raise(errors::Runtime::ObjectNotSet);
         return d->checkedName();
     }

@@ -8,7 +8,7 @@ namespace tylhart {
 class CDefinition final : public Object {
     TYLHART_CLASS(CDefinition)
 public:
-    Text Name() const { return checkedName(); }
+    Text Name() const { return Text(checkedName()); }
     void SetName(Text newName);
     enumDDObjectKind Kind() const noexcept { return kind_; }
     void Initialize(Text newName, enumDDObjectKind newKind);
@@ -21,13 +21,17 @@ public:
     bool initialized() const noexcept { return kind_ >= 0; }
     // The name without the initialisation check, for renderings and keys
     // that must not fail.
-    const Text& rawName() const noexcept { return name_; }
+    TextView rawName() const noexcept { return name_; }
     // The name as Name reads it, not-initialised error included, without a
     // copy: set keys are computed from it at every probe.
-    const Text& checkedName() const;
+    TextView checkedName() const;
 
 private:
-    Text name_ = u"unknown";
+    // Initialize's checks, then the name and kind.
+    void initialize(SharedText newName, enumDDObjectKind newKind);
+
+    // Shared with copies: nothing but SetName and Initialize changes it.
+    SharedText name_ = SharedText::ofStatic(u"unknown"sv);
     enumDDObjectKind kind_ = ddoKUndefined;
 };
 
