@@ -3,6 +3,7 @@
 #include <array>
 #include <initializer_list>
 #include <string>
+#include <utility>
 
 namespace tylhart {
 
@@ -104,17 +105,22 @@ void CType::SetMaxRangeNo(std::int16_t newCount) { replaceRanges(newCount); }
 
 const CType::RangeEnds& CType::rangeAt(std::int32_t index) const {
     static const RangeEnds unwritten;
-    if (ranges_.empty() && index == 0) return unwritten;
-    return valueAt(ranges_, index);
+    const std::vector<RangeEnds>& ranges = ranges_.read();
+    if (ranges.empty() && index == 0) return unwritten;
+    return valueAt(ranges, index);
 }
 CType::RangeEnds& CType::rangeAt(std::int32_t index) {
-    if (ranges_.empty() && index == 0) ranges_.resize(1);
-    return valueAt(ranges_, index);
+    std::as_const(*this).rangeAt(index);  // the subscript check, before the ranges become this type's own
+    std::vector<RangeEnds>& ranges = ranges_.write();
+    if (ranges.empty()) ranges.resize(1);
+    return ranges[static_cast<std::size_t>(index)];
 }
 
-void CType::replaceRanges(std::int16_t newCount, std::vector<RangeEnds> ends) {
+void CType::replaceRanges(std::int16_t newCount, Ranges ends) {
     require(Checked::MaxRangeNo);
-    if (ends.empty()) ends.assign(newCount < 0 ? 1 : static_cast<std::size_t>(newCount) + 1, {Null{}, Null{}});
+    if (ends.read().empty())
+        ends = Ranges(std::vector<RangeEnds>(newCount < 0 ? 1 : static_cast<std::size_t>(newCount) + 1,
+                                             RangeEnds{Null{}, Null{}}));
     rangeCount_ = newCount;
     ranges_ = std::move(ends);
 }
@@ -267,9 +273,9 @@ void CType::SetFromObject(const Ref<CType>& toCopy) {
     // Everything is read (and every child copied) before anything changes,
     // so a refused copy leaves this type as it was, and a type copied into
     // itself keeps its ranges.
-    struct Ranges {
+    struct {
         std::int16_t count = -1;
-        std::vector<RangeEnds> ends;
+        Ranges ends;
         Variant scaling;
     } ranges;
     if (ownsRanges(kind)) {

@@ -246,6 +246,17 @@ TEST(Type, CopyOfEachKindComparesEqualAndHasItsOwnChildren) {
     }
 }
 
+// A copy shares the source's ranges until either side writes one.
+TEST(Type, CopiedRangesPartWhenEitherSideWritesOne) {
+    for (bool writeTheCopy : {false, true}) {
+        auto source = floatTwoRanges();
+        auto copy = source->GetCopy();
+        (writeTheCopy ? copy : source)->SetMaxValues(1, Variant(9.0));
+        EXPECT_EQ((writeTheCopy ? source : copy)->MaxValues(1), Variant(1.5));
+        EXPECT_EQ((writeTheCopy ? copy : source)->MaxValues(1), Variant(9.0));
+    }
+}
+
 TEST(Type, CopyTouchesOnlyWhatTheSourceKindOwns) {
     auto receiver = make<CType>();
     receiver->SetSize(9), receiver->SetTimeFormat(u"kept");

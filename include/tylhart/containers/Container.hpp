@@ -4,6 +4,7 @@
 
 #include "tylhart/containers/Elements.hpp"
 #include "tylhart/containers/KeyedStore.hpp"
+#include "tylhart/core/CopyOnWrite.hpp"
 
 namespace tylhart {
 
@@ -22,49 +23,8 @@ private:
 // its source until either side changes. Both hold the very same element
 // objects, so until one adds or removes an element nobody can tell one
 // store from two, and a copy costs no entries, keys or index of its own.
-// The owner count needs no atomics: like the elements' reference counts it
-// is used by one thread at a time.
 template <class Element>
-class SharedStore {
-public:
-    SharedStore() noexcept = default;
-    SharedStore(const SharedStore&) = delete;
-    SharedStore& operator=(const SharedStore&) = delete;
-    ~SharedStore() { drop(); }
-
-    const KeyedStore<Element>& read() const noexcept {
-        static const KeyedStore<Element> none;
-        return shared_ ? shared_->store : none;
-    }
-    // The store to change, made this owner's alone first.
-    KeyedStore<Element>& write() {
-        if (!shared_) {
-            shared_ = new Shared();
-        } else if (shared_->owners > 1) {
-            auto* own = new Shared{1, shared_->store};
-            --shared_->owners;
-            shared_ = own;
-        }
-        return shared_->store;
-    }
-    void shareWith(const SharedStore& other) noexcept {
-        if (other.shared_ == shared_) return;
-        if (other.shared_) ++other.shared_->owners;
-        drop();
-        shared_ = other.shared_;
-    }
-
-private:
-    struct Shared {
-        std::size_t owners = 1;
-        KeyedStore<Element> store;
-    };
-    void drop() noexcept {
-        if (shared_ && --shared_->owners == 0) delete shared_;
-        shared_ = nullptr;
-    }
-    Shared* shared_ = nullptr;
-};
+using SharedStore = CopyOnWrite<KeyedStore<Element>>;
 
 template <class Derived, class Element, class Store = OwnStore<Element>>
 class Container : public Object {

@@ -92,7 +92,7 @@ public:
             return;
         }
         if (sharesOnCopy(*toCopy)) {
-            this->store_.shareWith(toCopy->store_);
+            this->store_ = toCopy->store_;
             return;
         }
         if constexpr (Derived::ReplacesOnCopy) {

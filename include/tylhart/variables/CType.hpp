@@ -8,6 +8,7 @@
 
 #include "tylhart/constructs/Collections.hpp"
 #include "tylhart/containers/CValueSet.hpp"
+#include "tylhart/core/CopyOnWrite.hpp"
 #include "tylhart/variables/EnumeratorSets.hpp"
 
 namespace tylhart {
@@ -84,7 +85,8 @@ public:
 private:
     // MaxRangeNo's let with the range ends given; none given: Null ends.
     struct RangeEnds;
-    void replaceRanges(std::int16_t newCount, std::vector<RangeEnds> ends = {});
+    using Ranges = CopyOnWrite<std::vector<RangeEnds>>;
+    void replaceRanges(std::int16_t newCount, Ranges ends = {});
     // Range Index's ends, or "Subscript out of range".
     const RangeEnds& rangeAt(std::int32_t index) const;
     RangeEnds& rangeAt(std::int32_t index);
@@ -114,14 +116,15 @@ private:
     enumDDVariableType kind_ = ddvTUndefined;
     std::int16_t size_ = 0;
     std::int16_t rangeCount_ = -1;
-    // Range i's two ends in one entry, so all the ranges are one allocation.
+    // Range i's two ends in one entry, so all the ranges are one allocation,
+    // which a copy of the type shares until either side writes a range.
     // A new type holds one pair of Empty, kept nowhere until one is written
     // (most types are copied over or given their ranges at once); a
     // rebuilt one holds Nulls.
     struct RangeEnds {
         Variant min, max;
     };
-    std::vector<RangeEnds> ranges_;
+    Ranges ranges_;
     Variant scalingFactor_ = 1.0;
     Text displayFormat_;
     Text editFormat_;
