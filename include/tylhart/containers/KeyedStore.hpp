@@ -56,8 +56,9 @@ struct CaseInsensitiveEqual {
 
 // The hash index of a large store: open addressing with linear probing
 // over a power-of-two table of (hash, node) slots, at most three quarters
-// full. A node holds a key, its hash and its element's place, and never
-// moves while the key is stored, so the element's entry points at it. A
+// full. A node holds its element's place, the key's hash and the key's
+// characters, in one block, and never moves while the key is stored, so
+// the element's entry points at it. A
 // look-up compares full hashes before it reads a node, and neither finding
 // a slot nor walking past another key's slot divides or hashes again; a
 // removal shifts the slots after it back instead of leaving a tombstone.
@@ -65,9 +66,10 @@ template <class Place>
 class KeyIndex {
 public:
     struct Node {
-        Text key;
         Place place;
-        std::size_t hash = 0;
+        std::size_t hash;
+        std::size_t length;
+        TextView key() const noexcept { return {reinterpret_cast<const char16_t*>(this + 1), length}; }
     };
 
     KeyIndex() noexcept = default;
@@ -98,12 +100,14 @@ public:
     }
     // The node stored under Key, made when there is none; false when one
     // was there. Nothing changes when making it fails.
-    std::pair<Node*, bool> tryEmplace(Text key) {
-        const std::size_t hash = CaseInsensitiveHash{}(TextView(key));
+    std::pair<Node*, bool> tryEmplace(TextView key) {
+        const std::size_t hash = CaseInsensitiveHash{}(key);
         if (!slots_.empty())
-            if (Node* found = find(hash, TextView(key))) return {found, false};
+            if (Node* found = find(hash, key)) return {found, false};
         reserve(size_ + 1);
-        auto* node = new Node{std::move(key), Place{}, hash};
+        void* memory = ::operator new(sizeof(Node) + key.size() * sizeof(char16_t));
+        auto* node = new (memory) Node{Place{}, hash, key.size()};
+        std::copy(key.begin(), key.end(), reinterpret_cast<char16_t*>(node + 1));
         slotFor(hash) = Slot{hash, node};
         ++size_;
         return {node, true};
@@ -121,11 +125,12 @@ public:
             }
         }
         slots_[hole] = Slot{};
-        delete node;
+        release(node);
         --size_;
     }
     void clear() noexcept {
-        for (const Slot& slot : slots_) delete slot.node;
+        for (const Slot& slot : slots_)
+            if (slot.node) release(slot.node);
         slots_ = {};
         size_ = 0;
     }
@@ -141,12 +146,16 @@ private:
         Node* node = nullptr;
     };
     std::size_t mask() const noexcept { return slots_.size() - 1; }
+    static void release(Node* node) noexcept {
+        node->~Node();
+        ::operator delete(node);
+    }
     template <class Key>
     Node* find(std::size_t hash, const Key& key) const noexcept {
         for (std::size_t i = hash & mask();; i = (i + 1) & mask()) {
             const Slot& slot = slots_[i];
             if (!slot.node) return nullptr;
-            if (slot.hash == hash && CaseInsensitiveEqual{}(TextView(slot.node->key), key)) return slot.node;
+            if (slot.hash == hash && CaseInsensitiveEqual{}(slot.node->key(), key)) return slot.node;
         }
     }
     // The free slot where a new key with this hash goes.
@@ -240,7 +249,7 @@ public:
         for (const auto& block : other.blocks_)
             for (std::size_t offset = 0; offset < block->size(); ++offset) {
                 const std::size_t slot = block->slotAt(offset);
-                const Text* key = other.keyAt(*block, slot);
+                const std::optional<TextView> key = other.keyAt(*block, slot);
                 append(block->entries[slot].value, key ? std::optional<Text>(*key) : std::nullopt);
             }
         return *this;
@@ -330,7 +339,7 @@ public:
         }
         Node* node = nullptr;
         if (key) {
-            auto [made, added] = index_.tryEmplace(std::move(*key));
+            auto [made, added] = index_.tryEmplace(*key);
             if (!added) errors::raise(errors::Runtime::DuplicateKey);
             node = made;
         }
@@ -393,7 +402,7 @@ public:
         });
     }
 
-    // Calls F(element, key) on each element in order, the key null for an
+    // Calls F(element, key) on each element in order, the key empty for an
     // element stored without one; F returns false to stop the walk.
     template <class F>
     bool forEachKeyed(F&& f) const {
@@ -421,9 +430,9 @@ private:
         const Node* node = index_.find(probe(key));
         return node ? node->place : Place{};
     }
-    const Text* keyAt(const Block& block, std::size_t slot) const noexcept {
-        if (indexed_) return block.entries[slot].node ? &block.entries[slot].node->key : nullptr;
-        return slot < smallKeys_.size() && smallKeys_[slot] ? &*smallKeys_[slot] : nullptr;
+    std::optional<TextView> keyAt(const Block& block, std::size_t slot) const noexcept {
+        if (indexed_) return block.entries[slot].node ? std::optional(block.entries[slot].node->key()) : std::nullopt;
+        return slot < smallKeys_.size() && smallKeys_[slot] ? std::optional<TextView>(*smallKeys_[slot]) : std::nullopt;
     }
     // A small store grows out of its keys beside the entries: each key gets
     // its index node. All nodes are made before any entry points at one, so

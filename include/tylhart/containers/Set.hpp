@@ -196,12 +196,12 @@ private:
         } else {
             if (!Derived::ReplacesOnCopy && !stored().empty()) return false;
             try {
-                return source.stored().forEachKeyed([](const Element& e, const Text* key) {
+                return source.stored().forEachKeyed([](const Element& e, std::optional<TextView> key) {
                     if (!key) return false;
                     const auto& property = Derived::keyText(e);
                     const TextView text = property;
                     return key->size() == text.size() + 1 && (*key)[0] == KeyPrefix &&
-                           TextView(*key).substr(1) == text;
+                           key->substr(1) == text;
                 });
             } catch (const Error&) {
                 return false;  // the add reports it
