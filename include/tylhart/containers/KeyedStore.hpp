@@ -200,12 +200,12 @@ private:
 // quarter merges with a neighbour when both fit in half a block, so no two
 // neighbours are both that small and there are at most 8n/Capacity + 1
 // blocks. A small store (up to SmallSize elements: an enumerator set, a
-// command's transactions) is one block whose entries grow as needed, with
-// no tree and no hash index: its keys sit beside the entries, slot by slot,
-// and a look-up compares them in turn, which for a few keys costs less
-// than hashing one and saves a heap node per key. A store that outgrows it
-// moves its keys into the index for good, until it is empty again. An empty
-// store allocates nothing.
+// command's transactions) is a single vector of elements with their keys,
+// in order, with no blocks, tree or hash index: a look-up compares the keys
+// in turn, which for a few keys costs less than hashing one, and the whole
+// store is one allocation. A store that outgrows it moves into blocks and
+// the index for good, until it is empty again. An empty store allocates
+// nothing.
 // Errors are the runtime's: a bad position 9, a missing key 5, a duplicate
 // key 457, and every refused call leaves the store unchanged.
 template <class T, std::size_t Capacity = 512>
@@ -234,6 +234,10 @@ class KeyedStore {
         std::size_t offsetOf(std::size_t slot) const noexcept { return ordered ? slot : rank[slot]; }
     };
     static constexpr std::size_t SmallSize = std::min<std::size_t>(16, Capacity);
+    struct SmallEntry {
+        T value;
+        std::optional<Text> key;
+    };
 
 public:
     KeyedStore() = default;
@@ -241,11 +245,13 @@ public:
     KeyedStore& operator=(const KeyedStore& other) {
         if (this == &other) return *this;
         clear();
-        reserve(other.size());
-        if (other.size_ > SmallSize) {
-            indexed_ = true;
-            index_.reserve(other.index_.size());
+        if (!other.large_) {
+            small_ = other.small_;
+            size_ = other.size_;
+            return *this;
         }
+        reserve(other.size());
+        if (large_) index_.reserve(other.index_.size());
         for (const auto& block : other.blocks_)
             for (std::size_t offset = 0; offset < block->size(); ++offset) {
                 const std::size_t slot = block->slotAt(offset);
@@ -260,8 +266,8 @@ public:
         blocks_ = std::move(other.blocks_);
         tree_ = std::move(other.tree_);
         index_ = std::move(other.index_);
-        smallKeys_ = std::move(other.smallKeys_);
-        indexed_ = std::exchange(other.indexed_, false);
+        small_ = std::move(other.small_);
+        large_ = std::exchange(other.large_, false);
         size_ = std::exchange(other.size_, 0);
         other.clear();
         return *this;
@@ -286,17 +292,23 @@ public:
     // Key is a TextView or a PrefixedKey.
     template <class Key>
     std::optional<std::size_t> find(const Key& key) const {
+        if (!large_) return smallFind(key);
         const Place at = placeOf(key);
         if (!at.block) return std::nullopt;
         return before(at.block->ordinal) + at.block->offsetOf(at.slot);
     }
     template <class Key>
     bool contains(const Key& key) const {
+        if (!large_) return smallFind(key).has_value();
         return placeOf(key).block != nullptr;
     }
     // The element stored under Key, or null; needs no position.
     template <class Key>
     const T* lookup(const Key& key) const {
+        if (!large_) {
+            const auto at = smallFind(key);
+            return at ? &small_[*at].value : nullptr;
+        }
         const Place at = placeOf(key);
         return at.block ? &at.block->entries[at.slot].value : nullptr;
     }
@@ -308,8 +320,10 @@ public:
         return *found;
     }
 
-    const T& operator[](std::size_t index) const noexcept { return entryAt(index).value; }
-    T& operator[](std::size_t index) noexcept { return const_cast<Entry&>(entryAt(index)).value; }
+    const T& operator[](std::size_t index) const noexcept {
+        return large_ ? entryAt(index).value : small_[index].value;
+    }
+    T& operator[](std::size_t index) noexcept { return const_cast<T&>(std::as_const(*this)[index]); }
     const T& at(std::int64_t position) const { return (*this)[positionIndex(position)]; }
 
     // A Variant index as the collection of the platform reads it: a text is
@@ -324,17 +338,12 @@ public:
 
     // Inserts Value at 0-based Index (size() appends) under an optional key.
     void insert(std::size_t index, T value, std::optional<Text> key = std::nullopt) {
-        if (!indexed_ && size_ >= SmallSize) moveKeysToIndex();
-        if (!indexed_) {
-            if (key && placeOf(TextView(*key)).block) errors::raise(errors::Runtime::DuplicateKey);
-            // Room for the key beside its entry first; keys start with the
-            // first keyed element, so a list without keys keeps none.
-            if (key || !smallKeys_.empty()) {
-                smallKeys_.resize(size_);
-                makeRoom(smallKeys_);
-            }
-            place(index, Entry{std::move(value), nullptr});
-            if (!smallKeys_.empty() || key) smallKeys_.push_back(std::move(key));  // the new entry's slot is the last
+        if (!large_ && size_ >= SmallSize) moveToBlocks();
+        if (!large_) {
+            if (key && smallFind(TextView(*key))) errors::raise(errors::Runtime::DuplicateKey);
+            makeRoom(small_);
+            small_.insert(small_.begin() + static_cast<std::ptrdiff_t>(index), SmallEntry{std::move(value), std::move(key)});
+            ++size_;
             return;
         }
         Node* node = nullptr;
@@ -355,6 +364,12 @@ public:
     }
 
     void erase(std::size_t index) {
+        if (!large_) {
+            [[maybe_unused]] T removed = std::move(small_[index].value);  // released once the store is whole again
+            small_.erase(small_.begin() + static_cast<std::ptrdiff_t>(index));
+            --size_;
+            return;
+        }
         auto [b, offset] = locate(index);
         Block& block = *blocks_[b];
         unorderFor(block, offset);
@@ -364,6 +379,11 @@ public:
     // Removes the element stored under Key; false when there is none.
     template <class Key>
     bool eraseKey(const Key& key) {
+        if (!large_) {
+            const auto at = smallFind(key);
+            if (at) erase(*at);
+            return at.has_value();
+        }
         const Place at = placeOf(key);
         if (!at.block) return false;
         unorderFor(*at.block, at.block->offsetOf(at.slot));
@@ -377,13 +397,20 @@ public:
         blocks_.clear();
         tree_.clear();
         index_.clear();
-        smallKeys_.clear();
-        indexed_ = false;
+        small_ = {};
+        large_ = false;
         size_ = 0;
     }
     // Room for N elements without reallocating the block list, and the
     // first block sized for N when it fits in one.
     void reserve(std::size_t n) {
+        if (!large_) {
+            if (n <= SmallSize || size_ > 0) {
+                small_.reserve(std::min(n, SmallSize));
+                return;
+            }
+            large_ = true;  // an empty store that will not stay small starts in blocks
+        }
         blocks_.reserve(n / Capacity + 1);
         if (blocks_.empty() && n > 0) {
             auto first = std::make_unique<Block>();
@@ -396,16 +423,27 @@ public:
     // walk by returning false, and then forEach returns false.
     template <class F>
     bool forEach(F&& f) const {
-        return forEachEntry([&](const Entry& e) {
-            if constexpr (std::is_same_v<std::invoke_result_t<F&, const T&>, bool>) return f(e.value);
-            else return f(e.value), true;
-        });
+        const auto call = [&](const T& value) {
+            if constexpr (std::is_same_v<std::invoke_result_t<F&, const T&>, bool>) return f(value);
+            else return f(value), true;
+        };
+        if (!large_) {
+            for (const SmallEntry& e : small_)
+                if (!call(e.value)) return false;
+            return true;
+        }
+        return forEachEntry([&](const Entry& e) { return call(e.value); });
     }
 
     // Calls F(element, key) on each element in order, the key empty for an
     // element stored without one; F returns false to stop the walk.
     template <class F>
     bool forEachKeyed(F&& f) const {
+        if (!large_) {
+            for (const SmallEntry& e : small_)
+                if (!f(e.value, e.key ? std::optional<TextView>(*e.key) : std::nullopt)) return false;
+            return true;
+        }
         for (const auto& block : blocks_)
             for (std::size_t offset = 0; offset < block->size(); ++offset) {
                 const std::size_t slot = block->slotAt(offset);
@@ -421,34 +459,43 @@ private:
     // Where the element stored under Key is; no block when there is none.
     template <class Key>
     Place placeOf(const Key& key) const {
-        if (!indexed_) {
-            for (std::size_t slot = 0; slot < smallKeys_.size(); ++slot)
-                if (smallKeys_[slot] && CaseInsensitiveEqual{}(TextView(*smallKeys_[slot]), probe(key)))
-                    return Place{blocks_.front().get(), slot};
-            return Place{};
-        }
         const Node* node = index_.find(probe(key));
         return node ? node->place : Place{};
     }
     std::optional<TextView> keyAt(const Block& block, std::size_t slot) const noexcept {
-        if (indexed_) return block.entries[slot].node ? std::optional(block.entries[slot].node->key()) : std::nullopt;
-        return slot < smallKeys_.size() && smallKeys_[slot] ? std::optional<TextView>(*smallKeys_[slot]) : std::nullopt;
+        return block.entries[slot].node ? std::optional(block.entries[slot].node->key()) : std::nullopt;
     }
-    // A small store grows out of its keys beside the entries: each key gets
-    // its index node. All nodes are made before any entry points at one, so
-    // running out of memory here leaves the store as it was.
-    void moveKeysToIndex() {
+    // Position of the small store's element stored under Key.
+    template <class Key>
+    std::optional<std::size_t> smallFind(const Key& key) const {
+        for (std::size_t i = 0; i < small_.size(); ++i)
+            if (small_[i].key && CaseInsensitiveEqual{}(TextView(*small_[i].key), probe(key))) return i;
+        return std::nullopt;
+    }
+    // A small store that grows past SmallSize moves into one block, and its
+    // keys into index nodes. Everything is allocated before any element
+    // moves, so running out of memory here leaves the store as it was.
+    void moveToBlocks() {
         Index index;
-        if (!smallKeys_.empty()) index.reserve(2 * SmallSize);  // a list without keys needs no buckets
-        if (!blocks_.empty()) {
-            Block& block = *blocks_.front();
-            for (std::size_t slot = 0; slot < smallKeys_.size(); ++slot)
-                if (smallKeys_[slot]) index.tryEmplace(*smallKeys_[slot]).first->place = Place{&block, slot};
-            index.forEachNode([&](Node& node) { block.entries[node.place.slot].node = &node; });
-        }
+        auto block = std::make_unique<Block>();
+        block->entries.reserve(std::min(Capacity, 2 * SmallSize));
+        std::vector<Node*> nodes(small_.size(), nullptr);
+        for (std::size_t slot = 0; slot < small_.size(); ++slot)
+            if (small_[slot].key) {
+                if (index.size() == 0) index.reserve(2 * SmallSize);  // a list without keys needs no table
+                nodes[slot] = index.tryEmplace(*small_[slot].key).first;
+                nodes[slot]->place = Place{block.get(), slot};
+            }
+        std::vector<std::unique_ptr<Block>> blocks;
+        blocks.reserve(2);
+        for (std::size_t slot = 0; slot < small_.size(); ++slot)
+            block->entries.push_back(Entry{std::move(small_[slot].value), nodes[slot]});
+        blocks.push_back(std::move(block));
+        blocks_ = std::move(blocks);
         index_ = std::move(index);
-        smallKeys_ = {};
-        indexed_ = true;
+        small_ = {};
+        large_ = true;
+        reshaped();
     }
 
     // Gives an ordered block its permutation, all or nothing, before an
@@ -588,13 +635,9 @@ private:
             block.rank.pop_back();
         }
         block.entries.pop_back();
-        if (!smallKeys_.empty()) {
-            if (slot != last) smallKeys_[slot] = std::move(smallKeys_[last]);
-            smallKeys_.pop_back();
-        }
         counted(b, -1);
         if (blocks_.size() > 1) rebalance(b);
-        if (size_ == 0) indexed_ = false;  // an emptied store is small again
+        if (size_ == 0) clear();  // an emptied store is small again
     }
     // Adds Delta to every offset from From on; nothing to do when From is
     // past the last. Sixteen at a time, so that the compiler turns the inner
@@ -698,9 +741,9 @@ private:
 
     std::vector<std::unique_ptr<Block>> blocks_;
     std::vector<std::size_t> tree_;  // Fenwick tree of block sizes, when there are two or more blocks
-    Index index_;                                  // keys, once indexed_
-    std::vector<std::optional<Text>> smallKeys_;   // keys by slot of the one block, until indexed_
-    bool indexed_ = false;
+    Index index_;                   // keys, in a large store
+    std::vector<SmallEntry> small_;  // the elements and keys of a small store
+    bool large_ = false;             // in blocks, past SmallSize elements
     std::size_t size_ = 0;
 };
 
