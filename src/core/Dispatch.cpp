@@ -18,11 +18,19 @@ bool MemberInfo::has(Access a) const {
 }
 
 namespace {
-// Folds Name into Folded (room for Name's length) and hashes it, in one pass.
+// Folds Name into Folded (room for Name's length) and hashes it, in one
+// pass: even and odd characters in two chains of multiplies, which run
+// side by side, so a name costs half the latency of one chain.
 std::size_t foldAndHash(TextView name, char16_t* folded) noexcept {
-    std::size_t h = 14695981039346656037ull;
-    for (std::size_t i = 0; i < name.size(); ++i) h = (h ^ (folded[i] = foldCase(name[i]))) * 1099511628211ull;
-    return h;
+    constexpr std::size_t Prime = 1099511628211ull;
+    std::size_t even = 14695981039346656037ull, odd = name.size();
+    std::size_t i = 0;
+    for (; i + 2 <= name.size(); i += 2) {
+        even = (even ^ (folded[i] = foldCase(name[i]))) * Prime;
+        odd = (odd ^ (folded[i + 1] = foldCase(name[i + 1]))) * Prime;
+    }
+    if (i < name.size()) even = (even ^ (folded[i] = foldCase(name[i]))) * Prime;
+    return (even ^ (odd >> 7)) + odd * 0x9E3779B97F4A7C15ull;
 }
 }  // namespace
 
