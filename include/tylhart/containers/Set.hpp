@@ -96,11 +96,12 @@ public:
             return;
         }
         if constexpr (Derived::ReplacesOnCopy) {
-            KeyedStore<Element> kept = std::exchange(storeToChange(), KeyedStore<Element>());
+            // The held store is set aside whole, shared or not, without a copy.
+            SharedStore<Element> kept = std::exchange(this->store_, SharedStore<Element>());
             try {
                 toCopy->stored().forEach([&](const Element& e) { Add(e); });
             } catch (...) {
-                storeToChange() = std::move(kept);
+                this->store_ = std::move(kept);
                 throw;
             }
         } else {
