@@ -22,7 +22,7 @@ void CObject::SetFromObject(const Ref<CObject>& toCopy) {
         return;
     }
     // The construct copies itself; the result is held without the check.
-    held_ = invoke(*toCopy->held_, Protocol::GetCopy, Access::Method).toObject();
+    held_ = copyThrough(*toCopy->held_);
     ChangeLevel = toCopy->ChangeLevel;
     LastChangeLevel = toCopy->LastChangeLevel;
     AttributesAvailable = toCopy->AttributesAvailable;
@@ -32,8 +32,7 @@ bool CObject::Compare(const Ref<CObject>& toCompare) const {
     if (!toCompare) errors::raise(errors::Runtime::ObjectNotSet);
     if (!held_) return !toCompare->held_;
     if (!toCompare->held_) return false;
-    Variant other[] = {Variant(toCompare->held_)};
-    return invoke(*held_, Protocol::Compare, Access::Method, other).toBoolean();
+    return compareThrough(*held_, toCompare->held_);
 }
 
 void CObject::SetUntypedObject(const Ref<Object>& newObject) {
@@ -72,8 +71,7 @@ Variant CObject::ToString(std::int16_t infoLevel) const {
     Text out;
     if (held_) {
         // Same level as the handle's own, unlike containers.
-        Variant level[] = {Variant(infoLevel)};
-        Variant inner = invoke(*held_, Protocol::ToString, Access::Method, level);
+        Variant inner = renderThrough(*held_, infoLevel);
         if (!inner.isEmpty() && !inner.isNull()) out = std::move(inner).toText();
     }
     out.insert(0, u"OBJECT{");  // in front of the held object's text, which is not copied

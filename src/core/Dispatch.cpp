@@ -34,8 +34,8 @@ std::size_t foldAndHash(TextView name, char16_t* folded) noexcept {
 }
 }  // namespace
 
-ClassInfo::ClassInfo(Text name, Factory factory, std::vector<MemberInfo> members)
-    : name_(std::move(name)), factory_(factory), members_(std::move(members)) {
+ClassInfo::ClassInfo(Text name, Factory factory, std::vector<MemberInfo> members, DirectCalls direct)
+    : name_(std::move(name)), factory_(factory), members_(std::move(members)), direct_(direct) {
     nameSlots_.assign(std::bit_ceil(2 * members_.size() + 1), 0);
     idSlots_.assign(nameSlots_.size(), 0);
     const std::size_t mask = nameSlots_.size() - 1;
@@ -52,6 +52,11 @@ ClassInfo::ClassInfo(Text name, Factory factory, std::vector<MemberInfo> members
         if (idSlots_[slot] == 0) idSlots_[slot] = static_cast<std::uint16_t>(i + 1);
     }
     protocol_ = {find(u"GetCopy"), find(u"Compare"), find(u"ToString"), find(u"Definition")};
+    // A direct call stands only for the member that a call by name finds.
+    const auto finds = [&](Protocol p, std::size_t i) { return protocol_[static_cast<std::size_t>(p)] == &members_[i]; };
+    if (direct_.copy && !finds(Protocol::GetCopy, direct_.member[0])) direct_.copy = nullptr;
+    if (direct_.compare && !finds(Protocol::Compare, direct_.member[1])) direct_.compare = nullptr;
+    if (direct_.render && !finds(Protocol::ToString, direct_.member[2])) direct_.render = nullptr;
 }
 
 const MemberInfo* ClassInfo::find(DispId id) const noexcept {
@@ -139,6 +144,37 @@ Variant invoke(Object& target, Protocol member, Access kind, Args args) {
 Variant invoke(const Ref<Object>& target, TextView name, Access kind, Args args) {
     if (!target) errors::raise(errors::Runtime::ObjectNotSet);
     return invoke(*target, name, kind, args);
+}
+
+// Each opens the guard that invokeMember opens, so that nesting is bounded
+// at the same depth on either path.
+Ref<Object> copyThrough(Object& target) {
+    if (const auto copy = target.classInfo().direct().copy) {
+        DepthGuard nested;
+        return copy(target);
+    }
+    return invoke(target, Protocol::GetCopy, Access::Method).toObject();
+}
+
+bool compareThrough(Object& target, const Ref<Object>& other) {
+    // Direct only where the argument needs no conversion: an object of
+    // another class is the conversion's error, raised late bound.
+    const auto compare = target.classInfo().direct().compare;
+    if (compare && other && &other->classInfo() == &target.classInfo()) {
+        DepthGuard nested;
+        return compare(target, *other);
+    }
+    Variant argument[] = {Variant(other)};
+    return invoke(target, Protocol::Compare, Access::Method, argument).toBoolean();
+}
+
+Variant renderThrough(Object& target, std::int16_t infoLevel) {
+    if (const auto render = target.classInfo().direct().render) {
+        DepthGuard nested;
+        return render(target, infoLevel);
+    }
+    Variant level[] = {Variant(infoLevel)};
+    return invoke(target, Protocol::ToString, Access::Method, level);
 }
 
 DispId dispIdOfName(const Object& target, TextView name) {

@@ -1,5 +1,6 @@
 #include "TestSupport.hpp"
 #include "tylhart/constructs/Collections.hpp"
+#include "tylhart/variables/CVariable.hpp"
 
 namespace tylhart::test {
 namespace {
@@ -20,6 +21,41 @@ public:
     }
     const ClassInfo& classInfo() const override { return staticClassInfo(); }
 };
+
+// Binds its own lower-case getcopy, compare and tostring before the typed
+// members: calls by name find those first, and so must the handle.
+class ShadowedCollection final : public Object {
+public:
+    static constexpr const char16_t* TypeName = u"CCollection";
+    Ref<CDefinition> Definition() const { return makeDefinition(u"s", ddoKCollectionDef); }
+    Ref<ShadowedCollection> GetCopy() const { return make<ShadowedCollection>(); }
+    bool Compare(const Ref<ShadowedCollection>&) const { return true; }
+    Variant ToString(std::int16_t) const { return Variant(Text(u"typed")); }
+    static const ClassInfo& staticClassInfo() {
+        using S = ShadowedCollection;
+        static const ClassInfo info =
+            ClassBuilder<S>(TypeName)
+                .getter(u"Definition", &S::Definition)
+                .rawMethod(u"getcopy", u"Object", {}, [](S&, Args) { return Variant(Ref<Object>(make<CArray>())); })
+                .rawMethod(u"compare", u"Boolean", {}, [](S&, Args) { return Variant(false); })
+                .rawMethod(u"tostring", u"String", {}, [](S&, Args) { return Variant(Text(u"raw")); })
+                .method(u"GetCopy", &S::GetCopy)
+                .method(u"Compare", &S::Compare, {required(u"ToCompare")})
+                .method(u"ToString", &S::ToString, {optional(u"InfoLevel", std::int16_t{1})})
+                .build(nullptr);
+        return info;
+    }
+    const ClassInfo& classInfo() const override { return staticClassInfo(); }
+};
+
+TEST(ObjectHandle, CallsTheMembersThatACallByNameFinds) {
+    auto handle = make<CObject>(), other = make<CObject>();
+    handle->SetUntypedObject(make<ShadowedCollection>());
+    other->SetUntypedObject(make<ShadowedCollection>());
+    EXPECT_TRUE(refCast<CArray>(handle->GetCopy()->UntypedObject()));
+    EXPECT_FALSE(handle->Compare(other));
+    EXPECT_EQ(text(handle->ToString(1)), "OBJECT{raw}");
+}
 
 Ref<CCollection> collectionNamed(const char16_t* name) {
     return made<CCollection>([&](CCollection& c) { c.Definition()->SetName(name); });
@@ -63,6 +99,10 @@ TEST(ObjectHandle, CompareLooksOnlyAtTheHeldConstructs) {
     expectCompare(a, b, true);
     b->SetUntypedObject(collectionNamed(u"Main"));
     expectCompare(a, b, false);
+    // Another class is the argument conversion's error, as by name.
+    b->SetUntypedObject(make<CVariable>());
+    EXPECT_EQ(raised([&] { a->Compare(b); }), TypeMismatch);
+    EXPECT_EQ(raised([&] { call(a->UntypedObject(), u"Compare", b->UntypedObject()); }), TypeMismatch);
 }
 
 TEST(ObjectHandle, CopyHoldsADeepCopyAndAnEmptySourceKeepsTheBookkeeping) {

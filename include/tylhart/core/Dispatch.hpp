@@ -80,11 +80,25 @@ struct MemberInfo {
 // once, not by name on every call.
 enum class Protocol : std::uint8_t { GetCopy, Compare, ToString, Definition };
 
+// The same GetCopy, Compare and ToString as plain function pointers, where a
+// class binds them with their usual signatures: the handle copies, compares
+// and renders every object of a set through them, and packing each call's
+// arguments and result into Variants was a twentieth of a FindItem. Empty
+// where a class binds them otherwise; the handle then calls late bound.
+struct DirectCalls {
+    Ref<Object> (*copy)(const Object&) = nullptr;
+    bool (*compare)(const Object&, const Object&) = nullptr;  // both of the class
+    Variant (*render)(const Object&, std::int16_t) = nullptr;
+    // The members bound to them, so that the table can check that they are
+    // the ones it finds under those names.
+    std::array<std::size_t, 3> member{};
+};
+
 class ClassInfo {
 public:
     using Factory = Ref<Object> (*)();
 
-    ClassInfo(Text name, Factory factory, std::vector<MemberInfo> members);
+    ClassInfo(Text name, Factory factory, std::vector<MemberInfo> members, DirectCalls direct = {});
     // Moved, never copied: protocol_ points into members_.
     ClassInfo(ClassInfo&&) noexcept = default;
     ClassInfo(const ClassInfo&) = delete;
@@ -96,6 +110,7 @@ public:
     const MemberInfo* find(TextView name) const;  // ignores case, as Automation does
     const MemberInfo* find(Protocol member) const noexcept { return protocol_[static_cast<std::size_t>(member)]; }
     Ref<Object> create() const { return factory_(); }
+    const DirectCalls& direct() const noexcept { return direct_; }
 
 private:
     Text name_;
@@ -115,6 +130,7 @@ private:
                                          0x9E3779B97F4A7C15ull) >> 32);
     }
     std::array<const MemberInfo*, 4> protocol_{};  // into members_, whose elements never move
+    DirectCalls direct_;
 };
 
 // Late-bound calls. Arguments in the order the caller writes them; for let
@@ -125,6 +141,13 @@ Variant invoke(Object& target, TextView name, Access kind, Args args = {});
 Variant invoke(Object& target, Protocol member, Access kind, Args args = {});
 Variant invoke(const Ref<Object>& target, TextView name, Access kind, Args args = {});
 DispId dispIdOfName(const Object& target, TextView name);
+
+// GetCopy, Compare and ToString as the object handle calls them on what it
+// holds: direct where the class has DirectCalls, late bound otherwise, with
+// the same results, errors and nesting count either way.
+Ref<Object> copyThrough(Object& target);
+bool compareThrough(Object& target, const Ref<Object>& other);
+Variant renderThrough(Object& target, std::int16_t infoLevel);
 
 // The object behind a reference, or the runtime's "object not set" error
 // that a call on Nothing raises.
@@ -362,6 +385,7 @@ public:
         m.params = Fn::params(params);
         m.type = resultName<typename Fn::Result>();
         m.method = bind(fn, m.params);
+        noteDirect(name, fn);
         members_.push_back(std::move(m));
         return *this;
     }
@@ -431,7 +455,7 @@ public:
         return *this;
     }
 
-    ClassInfo build(ClassInfo::Factory factory) { return ClassInfo(name_, factory, std::move(members_)); }
+    ClassInfo build(ClassInfo::Factory factory) { return ClassInfo(name_, factory, std::move(members_), direct_); }
     // Objects of the class are created by its default constructor.
     ClassInfo build() {
         return build([] { return Ref<Object>(make<C>()); });
@@ -466,6 +490,44 @@ private:
         };
     }
 
+    // The bound member functions behind DirectCalls, one set per class.
+    struct Direct {
+        static inline Ref<C> (C::*copy)() const = nullptr;
+        static inline bool (C::*compare)(const Ref<C>&) const = nullptr;
+        static inline Variant (C::*render)(std::int16_t) const = nullptr;
+        static Ref<Object> callCopy(const Object& o) { return (static_cast<const C&>(o).*copy)(); }
+        static bool callCompare(const Object& o, const Object& other) {
+            return (static_cast<const C&>(o).*compare)(Ref<C>(static_cast<C*>(const_cast<Object*>(&other))));
+        }
+        static Variant callRender(const Object& o, std::int16_t level) {
+            return (static_cast<const C&>(o).*render)(level);
+        }
+    };
+
+    // Called before the member is added: its index is members_.size().
+    template <class F>
+    void noteDirect(TextView name, F fn) {
+        if constexpr (std::is_convertible_v<F, decltype(Direct::copy)>) {
+            if (name == u"GetCopy") {
+                Direct::copy = fn;
+                direct_.copy = &Direct::callCopy;
+                direct_.member[0] = members_.size();
+            }
+        } else if constexpr (std::is_convertible_v<F, decltype(Direct::compare)>) {
+            if (name == u"Compare") {
+                Direct::compare = fn;
+                direct_.compare = &Direct::callCompare;
+                direct_.member[1] = members_.size();
+            }
+        } else if constexpr (std::is_convertible_v<F, decltype(Direct::render)>) {
+            if (name == u"ToString") {
+                Direct::render = fn;
+                direct_.render = &Direct::callRender;
+                direct_.member[2] = members_.size();
+            }
+        }
+    }
+
     MemberInfo entry(const char16_t* name, DispId id) {
         MemberInfo m;
         m.name = name;
@@ -477,6 +539,7 @@ private:
     std::vector<MemberInfo> members_;
     DispId fields_ = 0;
     DispId code_ = 0;
+    DirectCalls direct_;
 };
 
 // The enumerator that NewEnum hands out: walks a snapshot of the elements
