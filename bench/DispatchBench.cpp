@@ -15,12 +15,12 @@ namespace {
 
 // What a compiled client calls instead: a virtual member with a Variant
 // result, as a vtable slot of the Automation interface would be.
-struct DirectCalls {
-    virtual ~DirectCalls() = default;
+struct VirtualCalls {
+    virtual ~VirtualCalls() = default;
     virtual Variant name(CDefinition& d) const = 0;
     virtual Variant compare(CDefinition& d, const Variant& other) const = 0;
 };
-struct DefinitionCalls final : DirectCalls {
+struct DefinitionCalls final : VirtualCalls {
     Variant name(CDefinition& d) const override { return Variant(d.Name()); }
     Variant compare(CDefinition& d, const Variant& other) const override {
         return Variant(d.Compare(refCast<CDefinition>(other.toObject())));
@@ -30,7 +30,7 @@ struct DefinitionCalls final : DirectCalls {
 struct Fixture {
     Ref<CDefinition> d = makeDefinition(u"pressure", ddoKVariableDef);
     Variant other[1] = {Variant(Ref<Object>(makeDefinition(u"PRESSURE", ddoKVariableDef)))};
-    std::unique_ptr<DirectCalls> direct = std::make_unique<DefinitionCalls>();
+    std::unique_ptr<VirtualCalls> direct = std::make_unique<DefinitionCalls>();
     Fixture() { benchmark::DoNotOptimize(direct); }  // no devirtualising
 };
 
