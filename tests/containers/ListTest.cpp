@@ -85,10 +85,7 @@ TEST(List, ExactKindRuleFixesTheFirstKindAndRefusesOthers) {
 
 TEST(List, CopyIsDeepAndComparesEqualUntilAnElementChanges) {
     auto list = listOf({u"a", u"b"}, true);
-    auto copy = list->GetCopy();
-    EXPECT_TRUE(copy->Compare(list));
-    copy->Item(At1)->SetName(u"changed");  // the copy's own element
-    EXPECT_TRUE(list->Item(At1)->Name() == u"a" && !copy->Compare(list));
+    expectOwnCopies<CDefinitionList>(list, {[](CDefinitionList& copy) { copy.Item(At1)->SetName(u"changed"); }});
 
     auto reversed = listOf({u"b", u"a"}, true);
     EXPECT_FALSE(reversed->Compare(list));  // order matters

@@ -44,10 +44,7 @@ TEST(Definition, CompareIsExactOnNamesAndIgnoresNamesWhenUninitialised) {
 
 TEST(Definition, CopiesAreIndependentAnotherKindIsRefusedAndUninitialisedSourcesReset) {
     auto a = makeDefinition(u"pressure", ddoKVariableDef);
-    auto copy = a->GetCopy();
-    EXPECT_TRUE(copy->Compare(a));
-    copy->SetName(u"other");
-    EXPECT_EQ(a->Name(), u"pressure");
+    expectOwnCopies<CDefinition>(a, {[](CDefinition& copy) { copy.SetName(u"other"); }});
     auto sharing = a->GetCopy();  // copies share the name until one is renamed
     a->SetName(u"renamed");
     EXPECT_EQ(sharing->Name(), u"pressure");
