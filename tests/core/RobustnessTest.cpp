@@ -61,12 +61,7 @@ TEST(Robustness, SizesBeyondTheElementLimitAreOutOfMemoryAndChangeNothing) {
 
 // Renderings print what is stored, whatever Size declares, and take as long.
 TEST(Robustness, CharArrayRenderingsFollowTheContentNotTheDeclaredSize) {
-    const struct {
-        std::int32_t size;
-        const char16_t* content;
-        const char* level1;
-        const char* level2;
-    } rows[] = {
+    const struct { std::int32_t size; const char16_t* content; const char *level1, *level2; } rows[] = {
         {Huge, u"", "CharArray{Text:}", "CharArray{Text:, Size:634204656}"},
         {INT32_MAX, u"AB", "CharArray{Text:AB}", "CharArray{Text:AB, Size:2147483647}"},
         {1, u"AB", "CharArray{Text:A}", "CharArray{Text:A, Size:1}"},
@@ -83,20 +78,15 @@ TEST(Robustness, CharArrayRenderingsFollowTheContentNotTheDeclaredSize) {
 TEST(Robustness, BufferTextToNulStopsAtTheContent) {
     Ref<Object> b = make<CCharBuffer>();
     let(b, 205, std::int32_t{0}, std::int32_t{-1}, Text(u"AB\0C", 4));
-    const struct {
-        std::int32_t start, length;
-        const char* expected;
-    } rows[] = {{0, INT32_MAX, "AB"}, {1, 1, "B"}, {3, -1, "C"}, {9, INT32_MAX, ""}, {0, 0, ""}};
+    const struct { std::int32_t start, length; const char* expected; } rows[] = {
+        {0, INT32_MAX, "AB"}, {1, 1, "B"}, {3, -1, "C"}, {9, INT32_MAX, ""}, {0, 0, ""}};
     for (const auto& r : rows) EXPECT_EQ(text(get(b, 208, r.start, r.length)), r.expected) << r.start;
 }
 
 // Odd texts at the UTF-8 edges: every malformed sequence becomes one U+FFFD
 // and the rest is read on; lone surrogates write as U+FFFD.
 TEST(Robustness, MalformedUtf8ReadsAsReplacementCharacters) {
-    const struct {
-        const char* in;
-        Text out;
-    } reads[] = {
+    const struct { const char* in; Text out; } reads[] = {
         {"A\x80" "B", u"A\xFFFD" "B"},          // lone continuation byte
         {"\xC3", u"\xFFFD"},                   // cut two-byte sequence
         {"\xC0\x80", u"\xFFFD"},               // overlong NUL
@@ -108,10 +98,8 @@ TEST(Robustness, MalformedUtf8ReadsAsReplacementCharacters) {
         {"\xE2\x82\xAC\xC3\xA9", u"\x20AC\xE9"},
     };
     for (const auto& r : reads) EXPECT_EQ(fromUtf8(r.in), r.out) << r.in;
-    const struct {
-        Text in;
-        const char* out;
-    } writes[] = {{u"\xD800", "\xEF\xBF\xBD"}, {u"\xDC00" "A", "\xEF\xBF\xBD" "A"}, {u"\xD83D\xDE00", "\xF0\x9F\x98\x80"}};
+    const struct { Text in; const char* out; } writes[] = {
+        {u"\xD800", "\xEF\xBF\xBD"}, {u"\xDC00" "A", "\xEF\xBF\xBD" "A"}, {u"\xD83D\xDE00", "\xF0\x9F\x98\x80"}};
     for (const auto& w : writes) EXPECT_EQ(toUtf8(w.in), w.out);
 }
 
@@ -166,11 +154,8 @@ Ref<CMenu> menuHolding(const std::vector<Ref<CMenu>>& held) {
 TEST(Robustness, GraphsTooDeepOrTooWideToWalkAreRefused) {
     Ref<CMenu> chain = menuHolding({});
     for (int link = 0; link < 40; ++link) chain = menuHolding({chain, chain});
-    const struct {
-        const char* what;
-        Ref<CMenu> menu;
-        ErrorRecord renderError;
-    } graphs[] = {{"itself", menuHolding({nullptr}), OutOfStack}, {"a chain of doubled links", chain, OutOfMemory}};
+    const struct { const char* what; Ref<CMenu> menu; ErrorRecord renderError; } graphs[] = {
+        {"itself", menuHolding({nullptr}), OutOfStack}, {"a chain of doubled links", chain, OutOfMemory}};
     for (const auto& g : graphs) {
         SCOPED_TRACE(g.what);
         auto target = make<CMenu>();
@@ -186,13 +171,10 @@ TEST(Robustness, GraphsTooDeepOrTooWideToWalkAreRefused) {
 }
 
 TEST(Robustness, RefusedInsertKeepsTheStoredElement) {
-    auto set = make<CDefinitionSet>();
-    set->UseExactKind = true;
-    set->Add(makeDefinition(u"a", ddoKVariableDef));
-    EXPECT_EQ(raised([&] { set->Insert(makeDefinition(u"a", ddoKMenuDef)); }),
-              libraryError("CDefinitionSet.Add", errors::WrongKind));
-    EXPECT_EQ(names(*set), "a");
-    EXPECT_EQ(set->FindItem(u"a")->Kind(), ddoKVariableDef);
+    auto set = made<CDefinitionSet>([](auto& s) { s.UseExactKind = true, s.Add(makeDefinition(u"a", ddoKVariableDef)); });
+    // The level-3 rendering shows each element's name and kind.
+    expectRefused(set, [&] { set->Insert(makeDefinition(u"a", ddoKMenuDef)); },
+                  libraryError("CDefinitionSet.Add", errors::WrongKind));
 }
 
 // Copies that cannot be made leave the target as it was: a source whose flag
