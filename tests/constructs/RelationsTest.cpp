@@ -15,9 +15,7 @@ Ref<CVariable> variable(const char16_t* name) {
 }
 Ref<CVariableItem> item() { return made<CVariableItem>([](CVariableItem& i) { i.SetVariable(variable(u"pv")); }); }
 Ref<CUnit> unit() {
-    return made<CUnit>([](CUnit& u) {
-        u.SetUnit(var(u"pv")), u.Definition()->SetName(u"u"), u.Reread->Add(var(u"s"));
-    });
+    return made<CUnit>([](CUnit& u) { u.SetUnit(var(u"pv")), u.Definition()->SetName(u"u"), u.Reread->Add(var(u"s")); });
 }
 Ref<CRefresh> refresh() {
     return made<CRefresh>([](CRefresh& r) { r.Definition()->SetName(u"r"), r.Reread->Add(var(u"s")); });

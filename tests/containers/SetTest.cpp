@@ -164,9 +164,7 @@ TEST(ObjectSet, KeysAreTheHeldDefinitionsNamesAndCopiesReplace) {
     EXPECT_TRUE(found.get() != set->elements()[0].get() && found->Compare(set->elements()[0]));  // a copy ...
     EXPECT_NE(found->UntypedObject().get(), set->elements()[0]->UntypedObject().get());  // ... of the construct too
 
-    auto receiver = make<CObjectSet>();
-    receiver->Add(handleOn(u"main"));
-    receiver->Add(handleOn(u"other"));
+    auto receiver = made<CObjectSet>([](CObjectSet& s) { s.Add(handleOn(u"main")), s.Add(handleOn(u"other")); });
     receiver->SetFromObject(set);  // replaces: no duplicate error, and shares the handles
     EXPECT_EQ(receiver->elements()[0].get(), set->elements()[0].get());
     EXPECT_EQ(text(receiver->ToString(2)), "ObjectSet{Count:1, Items: { OBJECT{COLLECTION{Definition{Name:main}}}}}");
