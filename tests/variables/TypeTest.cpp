@@ -1,21 +1,9 @@
 #include <algorithm>
 
-#include "TestSupport.hpp"
-#include "tylhart/variables/CType.hpp"
+#include "VariableSupport.hpp"
 
 namespace tylhart::test {
 namespace {
-
-using Setup = std::function<void(CType&)>;
-Ref<CType> typeOf(enumDDVariableType kind, const Setup& setup = {}) {
-    auto t = make<CType>();
-    if (kind != ddvTUndefined) t->SetKind(kind);
-    if (setup) setup(*t);
-    return t;
-}
-Ref<CEnumerator> enumerator(std::int32_t value, const char16_t* description) {
-    return made<CEnumerator>([&](CEnumerator& e) { e.Value = value; e.Description = description; });
-}
 
 struct CheckedMember {
     const char16_t* name;
@@ -257,7 +245,7 @@ TEST(Type, CopiedRangesPartWhenEitherSideWritesOne) {
     }
 }
 
-TEST(Type, CopyTouchesOnlyWhatTheSourceKindOwns) {
+TEST(Type, SetFromObjectTouchesOnlyWhatTheSourceKindOwnsAndNothingWhenRefused) {
     auto receiver = make<CType>();
     receiver->SetSize(9), receiver->SetTimeFormat(u"kept");
     auto source = floatTwoRanges();
@@ -275,11 +263,8 @@ TEST(Type, CopyTouchesOnlyWhatTheSourceKindOwns) {
     defined = intRange();  // into itself the ranges survive
     defined->SetFromObject(defined);
     EXPECT_EQ(defined->MaxValues(0), Variant(std::int16_t{100}));
-}
 
-TEST(Type, RefusedCopyLeavesTheReceiverUnchanged) {
-    auto receiver = typeOf(ddvTUnsigned);
-    receiver->SetDisplayFormat(u"mine");
+    receiver = typeOf(ddvTUnsigned, [](CType& t) { t.SetDisplayFormat(u"mine"); });  // a refusal changes nothing
     expectRefused(receiver, [&] { receiver->SetFromObject(intRange()); }, libraryError("Type.Kind", errors::KindFixed));
     auto fresh = make<CType>();  // renders its kind
     expectRefused(fresh, [&] { fresh->SetFromObject(indexType(false, true)); }, NotSet);

@@ -1,5 +1,5 @@
-// Helpers shared by the variable test suites: a clock moved by hand and
-// variables with a typed descriptor built in one line.
+// Helpers shared by the variable test suites: a clock moved by hand, and
+// types, variables and enumerators built in one line.
 #pragma once
 
 #include "TestSupport.hpp"
@@ -20,11 +20,20 @@ struct ManualClock {
 
 using TypeSetup = std::function<void(CType&)>;
 
+// `type` (a new one unless given) of this kind, then `setup` run on it.
+inline Ref<CType> typeOf(enumDDVariableType kind, const TypeSetup& setup = {}, Ref<CType> type = make<CType>()) {
+    if (kind != ddvTUndefined) type->SetKind(kind);
+    if (setup) setup(*type);
+    return type;
+}
 inline Ref<CVariable> variableOf(enumDDVariableType kind, const TypeSetup& setup = {}) {
     auto v = make<CVariable>();
-    if (kind != ddvTUndefined) v->TypeInfo->SetKind(kind);
-    if (setup) setup(*v->TypeInfo);
-    return v;
+    return typeOf(kind, setup, v->TypeInfo), v;
+}
+template <class E = CEnumerator>
+Ref<E> enumerator(std::int32_t value, const char16_t* description = u"", const char16_t* help = u"") {
+    auto e = make<E>();
+    return e->Value = value, e->Description = description, e->Help = help, e;
 }
 
 // Ranges at indexes 0 .. n - 1 (MaxRangeNo n - 1); Null leaves a side open.
@@ -42,10 +51,7 @@ inline TypeSetup sized(std::int16_t size) { return [size](CType& t) { t.SetSize(
 inline TypeSetup enumerators(std::vector<std::int32_t> values, std::int32_t maxEnumIndex) {
     return [values, maxEnumIndex](CType& t) {
         t.SetMaxEnumIndex(maxEnumIndex);
-        for (std::int32_t value : values) {
-            auto e = make<CEnumerator>();
-            t.EnumeratorSet->Add((e->Value = value, e));
-        }
+        for (std::int32_t value : values) t.EnumeratorSet->Add(enumerator(value));
     };
 }
 inline TypeSetup domain(std::vector<Variant> values) {
