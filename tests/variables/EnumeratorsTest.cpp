@@ -1,26 +1,16 @@
-#include "TestSupport.hpp"
-#include "tylhart/variables/EnumeratorSets.hpp"
+#include <array>
+
+#include "VariableSupport.hpp"
 
 namespace tylhart::test {
 namespace {
 
-template <class E = CEnumerator>
-Ref<E> item(std::int32_t value, const char16_t* description, const char16_t* help = u"") {
-    auto e = make<E>();
-    return e->Value = value, e->Description = description, e->Help = help, e;
-}
-Ref<CBitEnumerator> bit(std::int32_t value, const char16_t* description, const char16_t* help = u"") {
-    return item<CBitEnumerator>(value, description, help);
-}
+const auto bit = [](std::int32_t value, const char16_t* description, const char16_t* help = u"") {
+    return enumerator<CBitEnumerator>(value, description, help);
+};
 // Children that render and compare distinguishably.
-Ref<CVariableClass> variableClass(enumDDVariableClassType flag) {
-    auto c = make<CVariableClass>();
-    return c->SetClassInfo(flag, true), c;
-}
-Ref<CStatusClass> statusClass(enumDDStatusOtherType flag) {
-    auto s = make<CStatusClass>();
-    return s->SetOther(flag, true), s;
-}
+Ref<CVariableClass> variableClass(auto flag) { return made<CVariableClass>([&](auto& c) { c.SetClassInfo(flag, true); }); }
+Ref<CStatusClass> statusClass(auto flag) { return made<CStatusClass>([&](auto& s) { s.SetOther(flag, true); }); }
 Ref<CBitEnumerator> fullBit() {
     auto b = bit(4, u"Sensor failure", u"Replace it");
     b->Class = variableClass(ddvCDiagnostic), b->Status = statusClass(ddsoTHardware);
@@ -35,10 +25,10 @@ Ref<S> setOf(E... elements) {
     auto s = make<S>();
     return (s->Add(elements), ..., s);
 }
-Ref<Object> twoEnumerators() { return setOf<CEnumeratorSet>(item(0, u"Off"), item(1, u"On", u"running")); }
+Ref<Object> twoEnumerators() { return setOf<CEnumeratorSet>(enumerator(0, u"Off"), enumerator(1, u"On", u"running")); }
 
 TEST(Enumerators, RenderExactly) {
-    auto low = [] { return item(-3, u"Low", u"below range"); };
+    auto low = [] { return enumerator(-3, u"Low", u"below range"); };
     expectRenderings({
         {"enumerator", low, {-1, 3}},
         // Each child one level down; an absent child leaves out its label too.
@@ -78,9 +68,9 @@ TEST(BitEnumerator, CompareFieldsThenClassStatusMethodBothWays) {
 
 TEST(Enumerator, CompareValueDescriptionAndHelpExactly) {
     using E = CEnumerator&;
-    expectEachChangeDiffers<CEnumerator>([] { return item(2, u"High", u"h")->GetCopy(); },
+    expectEachChangeDiffers<CEnumerator>([] { return enumerator(2, u"High", u"h")->GetCopy(); },
         {[](E e) { e.Value = 3; }, [](E e) { e.Description = u"HIGH"; }, [](E e) { e.Help = u"H"; }});
-    EXPECT_EQ(raised([] { item(2, u"High")->Compare(nullptr); }), NotSet);
+    EXPECT_EQ(raised([] { enumerator(2, u"High")->Compare(nullptr); }), NotSet);
 }
 
 // A status class without its output set cannot compare; an earlier
@@ -101,51 +91,48 @@ TEST(BitEnumerator, GetCopyCopiesEveryChildDeep) {
         [](B b) { b.Status->Output->Add(make<COutputStatusClass>()); }, [](B b) { b.Method->SetName(u"other"); }});
 }
 
-TEST(BitEnumerator, ChildrenTheSourceLacksAreKeptNotCleared) {
+// Children the source lacks are kept, not cleared, so a copy need not equal
+// its source; a refusal leaves the receiver and its very children as they were.
+TEST(BitEnumerator, SetFromObjectKeepsWhatTheSourceLacksAndARefusalChangesNothing) {
     auto receiver = fullBit();
-    const Object* kept[] = {receiver->Class.get(), receiver->Status.get(), receiver->Method.get()};
+    const auto children = [&] {
+        return std::array<const Object*, 3>{receiver->Class.get(), receiver->Status.get(), receiver->Method.get()};
+    };
+    const auto kept = children();
+    auto broken = bit(99, u"Broken");
+    newClass(*broken), newStatus(*broken);
+    broken->Status->Output = nullptr;  // its status class cannot copy itself
+    for (const auto& bad : {broken, Ref<CBitEnumerator>()})
+        expectRefused(receiver, [&] { receiver->SetFromObject(bad); }, NotSet);
+    // An object field takes only its own class.
+    expectRefused(receiver, [&] { setObject(receiver, u"Class", make<CStatusClass>()); }, TypeMismatch);
+    EXPECT_EQ(children(), kept);
+
     auto bare = bit(16, u"Bare", u"none");
     receiver->SetFromObject(bare);
     EXPECT_TRUE(receiver->Description == u"Bare" && receiver->Value == 16 && receiver->Help == u"none");
-    const Object* after[] = {receiver->Class.get(), receiver->Status.get(), receiver->Method.get()};
-    EXPECT_TRUE(std::equal(std::begin(kept), std::end(kept), std::begin(after)));
-    EXPECT_FALSE(receiver->Compare(bare));  // so a copy need not equal its source
-
+    EXPECT_EQ(children(), kept);
+    EXPECT_FALSE(receiver->Compare(bare));
     newStatus(*bare);  // a present child replaces the receiver's with a copy
     receiver->SetFromObject(bare);
     EXPECT_TRUE(receiver->Status.get() != kept[1] && receiver->Status != bare->Status);
     EXPECT_FALSE(receiver->Status->Other(ddsoTHardware));
 }
 
-TEST(BitEnumerator, ARefusedCopyOrObjectFieldLeavesTheReceiverUnchanged) {
-    auto receiver = fullBit();
-    const Object* keptClass = receiver->Class.get();
-    auto source = bit(99, u"Broken");
-    newClass(*source), newStatus(*source);
-    source->Status->Output = nullptr;  // its status class cannot copy itself
-    for (const auto& bad : {source, Ref<CBitEnumerator>()})
-        expectRefused(receiver, [&] { receiver->SetFromObject(bad); }, NotSet);
-    // An object field takes only its own class.
-    expectRefused(receiver, [&] { setObject(receiver, u"Class", make<CStatusClass>()); }, TypeMismatch);
-    EXPECT_EQ(receiver->Class.get(), keptClass);
-}
-
-// Only where the two sets deviate from the generic set.
-
-TEST(EnumeratorSet, KeyedByValueWithNothingForAnAbsentValueAndACopyMerges) {
-    auto lowest = item(-1, u"Low");
-    auto set = setOf<CEnumeratorSet>(lowest, item(1, u"High"));
-    EXPECT_EQ(raised([&] { set->Add(item(-1, u"same value")); }), Duplicate);
+// Only where the two sets deviate from the generic set: keyed by value, an
+// absent value gives Nothing in one and fails in the other, a copy merges.
+TEST(EnumeratorSets, KeyedByValueAndACopyMerges) {
+    auto lowest = enumerator(-1, u"Low");
+    auto set = setOf<CEnumeratorSet>(lowest, enumerator(1, u"High"));
+    EXPECT_EQ(raised([&] { set->Add(enumerator(-1, u"same value")); }), Duplicate);
     EXPECT_TRUE(set->FindItem(-1)->Compare(lowest) && !set->FindItem(0));
-    EXPECT_EQ(raised([&] { set->SetFromObject(setOf<CEnumeratorSet>(item(1, u"again"))); }), Duplicate);  // merges
-}
+    EXPECT_EQ(raised([&] { set->SetFromObject(setOf<CEnumeratorSet>(enumerator(1, u"again"))); }), Duplicate);
 
-TEST(BitEnumeratorSet, AbsentValueFailsAndACopyMerges) {
     auto stored = fullBit();
-    auto set = setOf<CBitEnumeratorSet>(stored);
-    EXPECT_EQ(raised([&] { call(set, u"FindItem", std::int32_t{5}); }), InvalidCall);
-    EXPECT_TRUE(set->FindItem(4)->Compare(stored));
-    EXPECT_EQ(raised([&] { set->SetFromObject(setOf<CBitEnumeratorSet>(bit(4, u"again"))); }), Duplicate);
+    auto bits = setOf<CBitEnumeratorSet>(stored);
+    EXPECT_EQ(raised([&] { call(bits, u"FindItem", std::int32_t{5}); }), InvalidCall);
+    EXPECT_TRUE(bits->FindItem(4)->Compare(stored));
+    EXPECT_EQ(raised([&] { bits->SetFromObject(setOf<CBitEnumeratorSet>(bit(4, u"again"))); }), Duplicate);
 }
 
 }  // namespace
