@@ -194,7 +194,7 @@ TEST(VariableLegalValue, ProposesAValueOfTheKindsNumericFormAndStoresNothing) {
 
 // The conversions themselves belong to the unit converter; here only what
 // RecalcToUnit does with their result.
-TEST(VariableRecalcToUnit, AValueAtItsDefaultMovesTheDefaultTooElseAlone) {
+TEST(VariableRecalcToUnit, AValueAtItsDefaultMovesTheDefaultTooAndWhatTheReadChangedStays) {
     ManualClock clock;
     auto v = variableOf(ddvTDouble);
     v->SetValue(100.0), v->DefaultValue = std::int32_t{100}, v->VariableUnit = u"degC", v->LastSetTime = Date{0.0};
@@ -208,6 +208,18 @@ TEST(VariableRecalcToUnit, AValueAtItsDefaultMovesTheDefaultTooElseAlone) {
     v->RecalcToUnit(u"kPa");
     EXPECT_NEAR(v->GetValuePlain().toDouble(), 150.0, 1e-9);
     EXPECT_TRUE(v->DefaultValue == Variant(2.0) && v->VariableUnit == u"kPa");
+
+    // What reading the value changed stays when the conversion fails.
+    v = variableOf(ddvTFloat);
+    v->DefaultValue = u"1,5", v->VariableUnit = u"m";
+    v->RecalcToUnit(u"parsec");
+    EXPECT_EQ(v->DefaultValue, Variant(1.5));  // normalised by the read
+    EXPECT_TRUE(v->LastSetTime == Date{Noon2000} && v->GetValuePlain().isEmpty() && v->VariableUnit == u"m");
+    // The same through the default, converting: only the value moves,
+    // since an unset value did not equal the default.
+    v->RecalcToUnit(u"cm");
+    EXPECT_NEAR(v->GetValuePlain().toDouble(), 150.0, 1e-9);
+    EXPECT_TRUE(v->DefaultValue == Variant(1.5) && v->VariableUnit == u"cm");
 }
 
 TEST(VariableRecalcToUnit, FailsQuietlyAndWithoutChange) {
@@ -222,20 +234,6 @@ TEST(VariableRecalcToUnit, FailsQuietlyAndWithoutChange) {
         EXPECT_TRUE(v->GetValuePlain() == value && v->DefaultValue == value) << toUtf8(to);
         EXPECT_TRUE(v->VariableUnit == from && v->LastSetTime == Date{1.0}) << toUtf8(to);
     }
-}
-
-TEST(VariableRecalcToUnit, WhatReadingTheValueChangedStaysWhenTheConversionFails) {
-    ManualClock clock;
-    auto v = variableOf(ddvTFloat);
-    v->DefaultValue = u"1,5", v->VariableUnit = u"m";
-    v->RecalcToUnit(u"parsec");
-    EXPECT_EQ(v->DefaultValue, Variant(1.5));  // normalised by the read
-    EXPECT_TRUE(v->LastSetTime == Date{Noon2000} && v->GetValuePlain().isEmpty() && v->VariableUnit == u"m");
-    // The same through the default, converting: only the value moves,
-    // since an unset value did not equal the default.
-    v->RecalcToUnit(u"cm");
-    EXPECT_NEAR(v->GetValuePlain().toDouble(), 150.0, 1e-9);
-    EXPECT_TRUE(v->DefaultValue == Variant(1.5) && v->VariableUnit == u"cm");
 }
 
 }  // namespace

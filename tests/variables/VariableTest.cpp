@@ -22,9 +22,10 @@ TEST(Variable, DefinitionOfOtherKindsIsRefusedWithTheMenuSourceAndOwnIsStoredWit
     expectRefused(v, [&] { v->SetDefinition(nullptr); }, NotSet);
 }
 
-TEST(Variable, ValueLetStoresACopyStampsTimeAndNullClears) {
+// A let stores a copy and stamps the time; Null clears.
+TEST(Variable, ValueLetStoresAndStampsAnUnsetValueFallsBackToTheDefaultThenTheLegalValue) {
     ManualClock clock;
-    auto v = make<CVariable>();
+    auto v = variableOf(ddvTInt);
     let(v, u"Value", Variant(std::int32_t{7}));
     EXPECT_EQ(v->GetValuePlain(), Variant(std::int32_t{7}));
     EXPECT_EQ(v->LastSetTime, Date{Noon2000});
@@ -32,6 +33,16 @@ TEST(Variable, ValueLetStoresACopyStampsTimeAndNullClears) {
     clock.advanceSeconds(5);
     v->SetValue(Null{});
     EXPECT_TRUE(v->GetValuePlain().isEmpty() && v->LastSetTime == Date{Noon2000 + 5 * Second});
+
+    clock.advanceSeconds(1);
+    v->DefaultValue = u"2";  // read through, normalised and stamped
+    EXPECT_EQ(get(v, u"Value"), Variant(std::int32_t{2}));
+    EXPECT_TRUE(v->DefaultValue == Variant(std::int32_t{2}) && v->LastSetTime == Date{clock.days});
+    EXPECT_TRUE(v->GetValuePlain().isEmpty());  // later reads still go through the default
+    v->DefaultValue = Variant();
+    clock.advanceSeconds(1);
+    EXPECT_EQ(v->Value(), Variant(std::int32_t{0}));  // the legal value, nothing stored
+    EXPECT_TRUE(v->GetValuePlain().isEmpty() && v->LastSetTime == Date{clock.days});
 }
 
 // How a text reads as a number is the Variant tests' affair; here which
@@ -56,19 +67,6 @@ TEST(Variable, ValueGetNormalisesTextsByKindAndRewritesTheStoredValue) {
         EXPECT_EQ(v->GetValuePlain(), read);
         EXPECT_EQ(v->LastSetTime, Date{clock.days - 3 * Second});  // a stored value is read without a stamp
     }
-}
-
-TEST(Variable, ValueFallsBackToTheDefaultThenTheLegalValueAndStamps) {
-    ManualClock clock;
-    auto v = variableOf(ddvTInt);
-    v->DefaultValue = u"2";
-    EXPECT_EQ(get(v, u"Value"), Variant(std::int32_t{2}));
-    EXPECT_TRUE(v->DefaultValue == Variant(std::int32_t{2}) && v->LastSetTime == Date{Noon2000});  // normalised
-    EXPECT_TRUE(v->GetValuePlain().isEmpty());  // later reads still go through the default
-    v->DefaultValue = Variant();
-    clock.advanceSeconds(1);
-    EXPECT_EQ(v->Value(), Variant(std::int32_t{0}));  // the legal value, nothing stored
-    EXPECT_TRUE(v->GetValuePlain().isEmpty() && v->LastSetTime == Date{Noon2000 + Second});
 }
 
 TEST(Variable, InitialValueComparesAsTheRuntimeDoes) {
