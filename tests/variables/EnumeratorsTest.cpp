@@ -9,8 +9,8 @@ const auto bit = [](std::int32_t value, const char16_t* description, const char1
     return enumerator<CBitEnumerator>(value, description, help);
 };
 // Children that render and compare distinguishably.
-Ref<CVariableClass> variableClass(auto flag) { return made<CVariableClass>([&](auto& c) { c.SetClassInfo(flag, true); }); }
-Ref<CStatusClass> statusClass(auto flag) { return made<CStatusClass>([&](auto& s) { s.SetOther(flag, true); }); }
+auto variableClass(auto flag) { return made<CVariableClass>([&](auto& c) { c.SetClassInfo(flag, true); }); }
+auto statusClass(auto flag) { return made<CStatusClass>([&](auto& s) { s.SetOther(flag, true); }); }
 Ref<CBitEnumerator> fullBit() {
     auto b = bit(4, u"Sensor failure", u"Replace it");
     b->Class = variableClass(ddvCDiagnostic), b->Status = statusClass(ddsoTHardware);
