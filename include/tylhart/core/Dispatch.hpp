@@ -504,28 +504,21 @@ private:
         }
     };
 
+    // Keeps Fn as Bound when it is bound under Expected with Bound's signature.
+    template <class Bound, class F>
+    static bool keep(TextView name, const char16_t* expected, Bound& bound, F fn) {
+        if constexpr (std::is_convertible_v<F, Bound>) {
+            if (name == expected) return bound = fn, true;
+        }
+        return false;
+    }
     // Called before the member is added: its index is members_.size().
     template <class F>
     void noteDirect(TextView name, F fn) {
-        if constexpr (std::is_convertible_v<F, decltype(Direct::copy)>) {
-            if (name == u"GetCopy") {
-                Direct::copy = fn;
-                direct_.copy = &Direct::callCopy;
-                direct_.member[0] = members_.size();
-            }
-        } else if constexpr (std::is_convertible_v<F, decltype(Direct::compare)>) {
-            if (name == u"Compare") {
-                Direct::compare = fn;
-                direct_.compare = &Direct::callCompare;
-                direct_.member[1] = members_.size();
-            }
-        } else if constexpr (std::is_convertible_v<F, decltype(Direct::render)>) {
-            if (name == u"ToString") {
-                Direct::render = fn;
-                direct_.render = &Direct::callRender;
-                direct_.member[2] = members_.size();
-            }
-        }
+        const std::size_t index = members_.size();
+        if (keep(name, u"GetCopy", Direct::copy, fn)) direct_.copy = &Direct::callCopy, direct_.member[0] = index;
+        if (keep(name, u"Compare", Direct::compare, fn)) direct_.compare = &Direct::callCompare, direct_.member[1] = index;
+        if (keep(name, u"ToString", Direct::render, fn)) direct_.render = &Direct::callRender, direct_.member[2] = index;
     }
 
     MemberInfo entry(const char16_t* name, DispId id) {
